@@ -1,0 +1,62 @@
+#pragma once
+// A fiber: a stack of its own and a saved machine context. The world switches
+// from its scheduler into a fiber and the fiber switches back when its process
+// blocks. Stacks have a guard page below them, so an overflow faults at once
+// instead of writing over a neighbour.
+
+#include <cstddef>
+
+namespace ose {
+
+class Fiber {
+public:
+    using Entry = void (*)(void* argument);
+
+    // The smallest stack given to a process: stack sizes in the system's
+    // tables were written for a 32-bit target and are minimums here.
+    static constexpr std::size_t kMinStackSize =
+#if defined(SSC_SANITIZE)
+        1024 * 1024;
+#else
+        256 * 1024;
+#endif
+
+    Fiber(std::size_t stackSize, Entry entry, void* argument);
+    ~Fiber();
+    Fiber(const Fiber&) = delete;
+    Fiber& operator=(const Fiber&) = delete;
+
+    // From the scheduler: run the fiber until it suspends or finishes.
+    void resume();
+    // From inside the fiber: back to the scheduler.
+    void suspend();
+    // From inside the fiber, for the last time: its stack may be freed after.
+    [[noreturn]] void finish();
+
+    bool isFinished() const { return m_finished; }
+
+private:
+    static void start(void* self);
+    static void startFromContext(unsigned high, unsigned low); // ucontext entry
+    void switchOut(bool last);
+
+    void* m_stack = nullptr;
+    std::size_t m_mappedSize = 0;
+    void* m_stackBottom = nullptr; // lowest usable byte
+    std::size_t m_stackSize = 0;
+    Entry m_entry;
+    void* m_argument;
+    bool m_finished = false;
+
+    void* m_fiberSp = nullptr;
+    void* m_schedulerSp = nullptr;
+    void* m_context = nullptr; // ucontext pair where no hand-written switch exists
+
+    // Bookkeeping for AddressSanitizer's view of the stack switches.
+    void* m_fiberFakeStack = nullptr;
+    void* m_schedulerFakeStack = nullptr;
+    const void* m_schedulerBottom = nullptr;
+    std::size_t m_schedulerSize = 0;
+};
+
+} // namespace ose

@@ -1,0 +1,64 @@
+#pragma once
+// The one trace facility of the system: group, level, file, line and text.
+//
+// Groups are registered by name once at start (registration is idempotent and
+// returns the same id for the same name). Which groups and levels print is set
+// by a configuration text, normally from the SSC_TRACE environment variable or
+// a --trace option:
+//
+//   SSC_TRACE="*:1,supSysCtrlSWU:1-7+15+16,ose:all"
+//
+// Entries are separated by ',' or ';'. Each is GROUP:LEVELS where GROUP is a
+// group name or '*' (every group, also those registered later), and LEVELS is
+// 'all', 'none', a number N (levels 1..N), a range A-B, or several of these
+// joined by '+'. Later entries override earlier ones for the groups they name.
+// Without configuration only level 1 (errors) prints.
+//
+// Each line carries the world time, the node and the process that traced.
+
+#include <cstdarg>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace ose {
+
+using TraceGroupId = std::uint16_t;
+
+class Trace {
+public:
+    static constexpr unsigned kMaxGroups = 128;
+    static constexpr unsigned kMaxLevel = 31;
+
+    // Registers a group (or finds it when already registered) and returns its id.
+    static TraceGroupId registerGroup(std::string_view name);
+    static std::string groupName(TraceGroupId id);
+
+    static bool enabled(TraceGroupId group, unsigned level) noexcept;
+
+    // Applies a configuration text; false and a message in *error when it is
+    // malformed (nothing is changed then).
+    static bool configure(std::string_view config, std::string* error = nullptr);
+    // Back to the default: level 1 for every group.
+    static void reset();
+
+    // Output: stderr (the default) or a file, appended to.
+    static bool setOutputFile(const std::string& path, std::string* error = nullptr);
+    static void setOutputStderr();
+
+    static void emit(TraceGroupId group, unsigned level, const char* file, int line,
+                     const char* format, ...) __attribute__((format(printf, 5, 6)));
+    static void vemit(TraceGroupId group, unsigned level, const char* file, int line,
+                      const char* format, va_list args);
+};
+
+// The group of the kernel layer's own messages (bad use of the kernel calls).
+TraceGroupId oseTraceGroup();
+
+} // namespace ose
+
+#define SSC_TRACE(group, level, ...)                                                  \
+    do {                                                                              \
+        if (::ose::Trace::enabled((group), (level)))                                  \
+            ::ose::Trace::emit((group), (level), __FILE_NAME__, __LINE__, __VA_ARGS__); \
+    } while (0)
