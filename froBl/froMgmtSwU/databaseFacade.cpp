@@ -1,0 +1,68 @@
+#include "froBl/froMgmtSwU/export/databaseFacade.h"
+
+#include "froBl/froMgmtSwU/export/froTrace.h"
+#include "froBl/froMgmtSwU/export/xmlHandler.h"
+
+using namespace fro_trace;
+
+bool DatabaseFacade::retrieveFroAttributes(std::int32_t froId, std::uint32_t froType,
+                                           std::vector<std::string>& names, std::vector<std::string>& values,
+                                           std::vector<std::string>& types)
+{
+    std::string xml;
+    if (!retrieveFRO(froId, froType, xml))
+        return false;
+    if (xml.empty())
+        return true;
+    xmlDocumentRecord record;
+    if (!xmlHandler::instance().parse(xml, record))
+        return false;
+    names = std::move(record.names);
+    values = std::move(record.values);
+    types = std::move(record.types);
+    return true;
+}
+
+bool DatabaseFacade::ncRetrieveFroIds(std::uint32_t typeFrom, std::uint32_t typeTo,
+                                      std::vector<std::uint32_t>& froTypes)
+{
+    const std::string sql = "select frotype from apc_fro_versions where frotype >= " + std::to_string(typeFrom) +
+                            " AND frotype < " + std::to_string(typeTo) + " order by frotype";
+    std::vector<Row> rows;
+    if (fetch("ncRetrieveFroIds", sql, {{1, ColumnKind::Unsigned}}, rows) != DBI_OPERATION_SUCCESS) {
+        SSC_TRACE(dbGroup(), kError, "NC::DatabaseFacade::Failed when trying to execute %s", sql.c_str());
+        return false;
+    }
+    for (const Row& row : rows) {
+        if (!row[0]) {
+            SSC_TRACE(dbGroup(), kError, "NC::DatabaseFacade::returned null data after calling SQLGetData");
+            return false;
+        }
+        froTypes.push_back(static_cast<std::uint32_t>(std::stoul(*row[0])));
+    }
+    SSC_TRACE(dbGroup(), kFlow, "NC::DatabaseFacade::ncRetrieveFroIds: Fetched %zu data from the database",
+              froTypes.size());
+    return true;
+}
+
+bool DatabaseFacade::retrieveFros(std::uint32_t typeFrom, std::uint32_t typeTo, std::vector<froRecord>& records)
+{
+    std::vector<std::uint32_t> froTypes;
+    if (!ncRetrieveFroIds(typeFrom, typeTo, froTypes))
+        return false;
+    for (std::uint32_t froType : froTypes) {
+        std::vector<std::int32_t> froIds;
+        if (!getFroIds(froType, froIds))
+            return false;
+        for (std::int32_t froId : froIds)
+            records.push_back({froId, froType, {}});
+    }
+    for (froRecord& record : records) {
+        std::string xml;
+        xmlDocumentRecord parsed;
+        if (!retrieveFRO(record.froId, record.froType, xml) || !xmlHandler::instance().parse(xml, parsed))
+            return false;
+        record.ldn = parsed.ldn;
+    }
+    return true;
+}

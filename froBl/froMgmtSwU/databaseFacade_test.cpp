@@ -1,0 +1,55 @@
+#include "froBl/froMgmtSwU/export/froTypes.h"
+#include "froBl/froMgmtSwU/testSupport/dbTestFixture.h"
+
+namespace {
+
+using namespace fro_types;
+using DatabaseFacadeTest = dbTestFixture;
+
+TEST_F(DatabaseFacadeTest, BulkRetrievalGivesEveryStoredObjectOfTheRange)
+{
+    std::vector<froRecord> records;
+    ASSERT_TRUE(m_db->retrieveFros(kFirst, kEnd, records));
+    EXPECT_TRUE(records.empty());
+
+    const std::int32_t tx = m_server->newTransaction();
+    std::vector<std::string> ldns{"Cabinet=1", "Cabinet=1,FanGroup=1", "Cabinet=1,FanGroup=2", "Cabinet=1,EFuse=4"};
+    std::vector<std::unique_ptr<fRO>> objects;
+    for (const std::string& ldn : ldns) {
+        const std::string moType = ldn.substr(ldn.rfind(',') + 1, ldn.rfind('=') - ldn.rfind(',') - 1);
+        std::uint32_t froType = 0;
+        for (const auto& cls : kClasses)
+            froType = cls.name == moType ? cls.froType : froType;
+        objects.push_back(makeObject(ldn, froType));
+        ASSERT_TRUE(m_db->saveFRO(tx, objects.back()->getInternalId(), froType, mimOf(ldn, *objects.back())));
+    }
+    ASSERT_TRUE(commit(tx));
+
+    ASSERT_TRUE(m_db->retrieveFros(kFirst, kEnd, records));
+    ASSERT_EQ(records.size(), 4u);
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        EXPECT_EQ(records[i].ldn, ldns[i]) << "in class order";
+        EXPECT_EQ(records[i].froId, objects[i]->getInternalId());
+        EXPECT_EQ(records[i].froType, objects[i]->getFroType());
+    }
+
+    records.clear();
+    ASSERT_TRUE(m_db->retrieveFros(kFanGroup, kHwUnit, records));
+    EXPECT_EQ(records.size(), 2u) << "the upper bound is excluded";
+}
+
+TEST_F(DatabaseFacadeTest, AttributesOfAnObjectComeAsThreeLists)
+{
+    auto unit = makeObject("Cabinet=1,HwUnit=1", kHwUnit);
+    const std::int32_t tx = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(tx, unit->getInternalId(), kHwUnit, mimOf("Cabinet=1,HwUnit=1", *unit)));
+    ASSERT_TRUE(commit(tx));
+    EXPECT_EQ(stored(unit->getInternalId(), kHwUnit), attributesOf(*unit));
+
+    std::vector<std::string> names, values, types;
+    EXPECT_FALSE(m_db->retrieveFroAttributes(12345, kHwUnit, names, values, types)) << "no such object";
+    EXPECT_TRUE(m_db->retrieveFroAttributes(1, kBatteryBackup, names, values, types)) << "no table: nothing";
+    EXPECT_TRUE(names.empty());
+}
+
+} // namespace

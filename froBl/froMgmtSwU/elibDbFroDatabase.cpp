@@ -1,0 +1,679 @@
+#include "froBl/froMgmtSwU/export/elibDbFroDatabase.h"
+
+#include "froBl/froMgmtSwU/export/froTrace.h"
+#include "froBl/froMgmtSwU/export/froTypes.h"
+#include "froBl/froMgmtSwU/export/xmlGuard.h"
+#include "froBl/froMgmtSwU/export/xmlHandler.h"
+#include "froBl/froMgmtSwU/froSqlStatements.h"
+#include "froBl/froMgmtSwU/sqlText.h"
+#include "platform/VantoTransactionApi.h"
+
+#include <algorithm>
+#include <cinttypes>
+
+using namespace fro_trace;
+using Sql = froSqlStatements;
+
+namespace {
+
+// Rounds of reconnect-and-repeat for one operation; each round is itself
+// bounded by the connection attempts of the configuration. A link that drops
+// again at every try ends the operation with a failure instead of a hang.
+constexpr int kMaxRepeats = 5;
+
+// What one text column may hold, with its NUL.
+constexpr std::size_t kTextBufferBytes = 49152;
+static_assert(kTextBufferBytes == xmlGuard::kMaxValueBytes + 1);
+
+std::uint32_t readBigEndian32(const std::uint8_t* bytes)
+{
+    return (std::uint32_t{bytes[0]} << 24) | (std::uint32_t{bytes[1]} << 16) | (std::uint32_t{bytes[2]} << 8) |
+           std::uint32_t{bytes[3]};
+}
+
+} // namespace
+
+ElibDbFroDatabase::ElibDbFroDatabase(VantoDbConfig config, VantoTransactionApi& transaction)
+    : m_transaction(transaction), m_textBuffer(kTextBufferBytes)
+{
+    m_handles.config = std::move(config);
+    const int result = m_transaction.serviceAttach_e();
+    if (result != 0)
+        SSC_TRACE(dbGroup(), kError, "VantoTransaction_serviceAttach_e() returned %d", result);
+    SSC_TRACE(dbGroup(), kFlow, "attached to TRANS");
+}
+
+ElibDbFroDatabase::~ElibDbFroDatabase()
+{
+    VantoDb_disconnect(m_handles);
+}
+
+// ---- connection -------------------------------------------------------------
+
+bool ElibDbFroDatabase::reconnect()
+{
+    return VantoDb_reconnect(m_handles) == 1;
+}
+
+bool ElibDbFroDatabase::ensureConnected()
+{
+    if (m_handles.connected)
+        return true;
+    SSC_TRACE(dbGroup(), kFlow, "Init: Connect to database");
+    return VantoDb_init(m_handles) == 1 || reconnect();
+}
+
+void ElibDbFroDatabase::getError(short handleType, void* handle, bool& lost)
+{
+    std::string text;
+    VantoDb_getError(handleType, handle, text, lost);
+    SSC_TRACE(dbGroup(), kFlow, "NC::ElibDbFroDatabase::getError: Database error occurred: %s", text.c_str());
+}
+
+void ElibDbFroDatabase::closeCursor(const char* who)
+{
+    const SQLRETURN rc = SQLFreeStmt(m_handles.stmt, SQL_CLOSE);
+    if (!SQL_SUCCEEDED(rc))
+        SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::%s: Error in SQLCloseCursor", who);
+}
+
+bool ElibDbFroDatabase::execOnce(const std::string& sql, bool& lost)
+{
+    lost = false;
+    if (!ensureConnected())
+        return false;
+    SQLFreeStmt(m_handles.stmt, SQL_CLOSE);
+    const std::string adapted = VantoDb_adaptSql(m_handles.dialect, sql);
+    const SQLRETURN rc = SQLExecDirect(m_handles.stmt, reinterpret_cast<SQLCHAR*>(const_cast<char*>(adapted.c_str())),
+                                       SQL_NTS);
+    // An update or delete that touched no row gives SQL_NO_DATA: not a failure.
+    if (SQL_SUCCEEDED(rc) || rc == SQL_NO_DATA)
+        return true;
+    getError(SQL_HANDLE_STMT, m_handles.stmt, lost);
+    if (!lost) {
+        if (rc == SQL_ERROR)
+            SSC_TRACE(dbGroup(), kFlow, "SQLExecDirect Failed. The database does not exist at this moment");
+        else
+            SSC_TRACE(dbGroup(), kError,
+                      "SQLExecDirect failed when trying to detect if the table exists in the database");
+    }
+    return false;
+}
+
+bool ElibDbFroDatabase::execDirect(const std::string& sql)
+{
+    SSC_TRACE(dbGroup(), kFlow, "Executing SQL: %s", sql.c_str());
+    for (int round = 0; round <= kMaxRepeats; ++round) {
+        bool lost = false;
+        if (execOnce(sql, lost))
+            return true;
+        if (!lost)
+            return false;
+        SSC_TRACE(dbGroup(), kFlow, "SQLExecDirect Failed. DB Disconnected");
+        if (!reconnect())
+            return false;
+    }
+    return false;
+}
+
+// ---- reading ----------------------------------------------------------------
+
+ElibDbFroDatabase::FetchResult ElibDbFroDatabase::readRow(const char* who, const std::vector<Column>& columns,
+                                                          Row& row)
+{
+    for (const Column& column : columns) {
+        SQLLEN indicator = 0;
+        SQLRETURN rc;
+        std::string text;
+        if (column.kind == ColumnKind::Text) {
+            std::vector<char>& buffer = m_textBuffer;
+            rc = SQLGetData(m_handles.stmt, column.number, SQL_C_CHAR, buffer.data(), buffer.size(), &indicator);
+            // Truncated: longer than anything this system writes. Refused
+            // rather than read back cut.
+            if (rc == SQL_SUCCESS_WITH_INFO && (indicator == SQL_NO_TOTAL ||
+                                                indicator >= static_cast<SQLLEN>(buffer.size()))) {
+                SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::%s: column %u holds more than %zu bytes", who,
+                          column.number, kTextBufferBytes - 1);
+                return DBI_OPERATION_FAIL;
+            }
+            if (SQL_SUCCEEDED(rc) && indicator != SQL_NULL_DATA)
+                text.assign(buffer.data(), static_cast<std::size_t>(std::max<SQLLEN>(indicator, 0)));
+        } else {
+            SQLBIGINT number = 0;
+            rc = SQLGetData(m_handles.stmt, column.number, SQL_C_SBIGINT, &number, sizeof number, &indicator);
+            const std::int64_t low = column.kind == ColumnKind::Unsigned ? 0 : INT32_MIN;
+            const std::int64_t high = column.kind == ColumnKind::Unsigned ? UINT32_MAX : INT32_MAX;
+            if (SQL_SUCCEEDED(rc) && indicator != SQL_NULL_DATA && (number < low || number > high)) {
+                SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::%s: column %u holds %" PRId64
+                          ", out of range", who, column.number, static_cast<std::int64_t>(number));
+                return DBI_OPERATION_FAIL;
+            }
+            text = std::to_string(number);
+        }
+        if (!SQL_SUCCEEDED(rc)) {
+            bool lost = false;
+            getError(SQL_HANDLE_STMT, m_handles.stmt, lost);
+            SSC_TRACE(dbGroup(), kError, lost ? "ELIB::ElibDbFroDatabase::%s: DB Disconnected while SQLGetData"
+                                              : "ELIB::ElibDbFroDatabase::%s: Failed to read client data from the database.",
+                      who);
+            return lost ? DBI_DISCONNECTED : DBI_OPERATION_FAIL;
+        }
+        if (indicator == SQL_NULL_DATA)
+            row.emplace_back();
+        else
+            row.emplace_back(std::move(text));
+    }
+    return DBI_OPERATION_SUCCESS;
+}
+
+ElibDbFroDatabase::FetchResult ElibDbFroDatabase::fetchOnce(const char* who, const std::string& sql,
+                                                            const std::vector<Column>& columns,
+                                                            std::vector<Row>& rows)
+{
+    rows.clear();
+    bool lost = false;
+    if (!execOnce(sql, lost)) {
+        SSC_TRACE(dbGroup(), lost ? kFlow : kError,
+                  lost ? "ELIB::ElibDbFroDatabase::%s: SQLExecDirect Failed. DB disconnected"
+                       : "ELIB::ElibDbFroDatabase::%s: Failed to send dataquery to the Vanto database.",
+                  who);
+        return lost ? DBI_DISCONNECTED : DBI_OPERATION_FAIL;
+    }
+    FetchResult result = DBI_OPERATION_SUCCESS;
+    for (;;) {
+        const SQLRETURN rc = SQLFetch(m_handles.stmt);
+        if (rc == SQL_NO_DATA)
+            break;
+        if (!SQL_SUCCEEDED(rc)) {
+            getError(SQL_HANDLE_STMT, m_handles.stmt, lost);
+            SSC_TRACE(dbGroup(), kError, lost ? "ELIB::ElibDbFroDatabase::%s: DB disconnected while SQLFetch"
+                                              : "ELIB::ElibDbFroDatabase::%s: SQLFetch failed",
+                      who);
+            result = lost ? DBI_DISCONNECTED : DBI_OPERATION_FAIL;
+            break;
+        }
+        Row row;
+        result = readRow(who, columns, row);
+        if (result != DBI_OPERATION_SUCCESS)
+            break;
+        rows.push_back(std::move(row));
+    }
+    if (result != DBI_DISCONNECTED)
+        closeCursor(who);
+    if (result == DBI_OPERATION_SUCCESS)
+        SSC_TRACE(dbGroup(), kFlow, "ELIB::ElibDbFroDatabase::%s: Fetched %zu data from the database", who,
+                  rows.size());
+    return result;
+}
+
+ElibDbFroDatabase::FetchResult ElibDbFroDatabase::fetch(const char* who, const std::string& sql,
+                                                        const std::vector<Column>& columns, std::vector<Row>& rows)
+{
+    SSC_TRACE(dbGroup(), kFlow, "Executing SQL: %s", sql.c_str());
+    for (int round = 0; round <= kMaxRepeats; ++round) {
+        const FetchResult result = fetchOnce(who, sql, columns, rows);
+        if (result != DBI_DISCONNECTED)
+            return result;
+        if (!reconnect())
+            return DBI_OPERATION_FAIL;
+    }
+    return DBI_OPERATION_FAIL;
+}
+
+// ---- schema -----------------------------------------------------------------
+
+bool ElibDbFroDatabase::init()
+{
+    if (!ensureConnected())
+        return false;
+    if (!m_firstInit)
+        return true;
+    const bool result = setUpSchema();
+    m_firstInit = false;
+    return result;
+}
+
+bool ElibDbFroDatabase::insertVersionRow(std::size_t classIndex)
+{
+    const auto& cls = fro_types::kClasses[classIndex];
+    return execDirect(Sql::insertVersion(cls.froType, cls.name));
+}
+
+bool ElibDbFroDatabase::setUpSchema()
+{
+    const TableStatus status = tableStatus(Sql::kVersionsTable);
+    if (status == TABLE_STATUS_ERROR)
+        return false;
+    std::vector<std::uint32_t> known;
+    if (status == TABLE_NOT_FOUND) {
+        SSC_TRACE(dbGroup(), kInfo, "scratch installation");
+        if (!createTable(Sql::kVersionsTable, Sql::kVersionsColumns))
+            return false;
+    } else {
+        std::vector<Row> rows;
+        if (fetch("fetchFroVersions", "select frotype from apc_fro_versions order by frotype asc ",
+                  {{1, ColumnKind::Unsigned}}, rows) != DBI_OPERATION_SUCCESS)
+            return false;
+        for (const Row& row : rows)
+            if (row[0])
+                known.push_back(static_cast<std::uint32_t>(std::stoul(*row[0])));
+    }
+    bool result = true;
+    for (std::size_t i = 0; i < fro_types::kPersistentCount; ++i)
+        if (std::find(known.begin(), known.end(), fro_types::kClasses[i].froType) == known.end())
+            result = insertVersionRow(i) && result;
+    return result;
+}
+
+ElibDbFroDatabase::TableStatus ElibDbFroDatabase::tableStatus(std::string name)
+{
+    name = sqlText::lowerCase(name);
+    std::vector<Row> rows;
+    const FetchResult result =
+        fetch("tableStatus", "select name from tables where name = " + sqlText::quote(name), {{1, ColumnKind::Text}},
+              rows);
+    if (result != DBI_OPERATION_SUCCESS)
+        return TABLE_STATUS_ERROR;
+    if (rows.empty()) {
+        SSC_TRACE(dbGroup(), kFlow, "When trying to fetch data from the database the return is SQL_NO_DATA");
+        return TABLE_NOT_FOUND;
+    }
+    SSC_TRACE(dbGroup(), kFlow, "Table exists");
+    return TABLE_FOUND;
+}
+
+bool ElibDbFroDatabase::createTable(const std::string& name, const std::string& columns)
+{
+    const std::string sql = Sql::createTable(name, columns);
+    SSC_TRACE(dbGroup(), kFlow, "ELIB::ElibDbFroDatabase::createTable: SQL Create Table String = %s", sql.c_str());
+    for (int round = 0; round <= kMaxRepeats; ++round) {
+        bool lost = false;
+        if (execOnce(sql, lost)) {
+            SSC_TRACE(dbGroup(), kFlow, "ELIB::ElibDbFroDatabase::createTable: Table Created");
+            return true;
+        }
+        if (!lost)
+            break;
+        SSC_TRACE(dbGroup(), kFlow, "ELIB::ElibDbFroDatabase::createTable: DB Disconnected");
+        if (!reconnect())
+            break;
+    }
+    SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::createTable: Failed to allocate the table in the database");
+    return false;
+}
+
+bool ElibDbFroDatabase::getFrodataTableName(std::uint32_t froType, std::string& name)
+{
+    const TableStatus status = tableStatus(Sql::kVersionsTable);
+    if (status == TABLE_NOT_FOUND)
+        SSC_TRACE(dbGroup(), kError, "No FRO versions table was found.");
+    if (status != TABLE_FOUND)
+        return false;
+    std::vector<Row> rows;
+    const std::string sql = std::string("select * from ") + Sql::kVersionsTable + " where frotype = " +
+                            std::to_string(froType);
+    if (fetch("fetchFrodataTableName", sql, {{3, ColumnKind::Text}}, rows) != DBI_OPERATION_SUCCESS ||
+        rows.empty() || !rows[0][0])
+        return false;
+    // The name comes back into statements: it must be a plain name.
+    if (!sqlText::isIdentifier(*rows[0][0])) {
+        SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::fetchFrodataTableName: %s is not a table name",
+                  rows[0][0]->c_str());
+        return false;
+    }
+    name = *rows[0][0];
+    SSC_TRACE(dbGroup(), kFlow, "ELIB::ElibDbFroDatabase::fetchFrodataTableName: returns %s from the database",
+              name.c_str());
+    return true;
+}
+
+// ---- writing ----------------------------------------------------------------
+
+void ElibDbFroDatabase::sendInTransaction(std::int32_t transactionId, const std::string& statement)
+{
+    SSC_TRACE(dbGroup(), kFlow, "Executing VantoTransaction_databaseUpdateSQL(%d, %s)", transactionId,
+              statement.c_str());
+    m_transaction.databaseUpdateSQL(transactionId, statement);
+}
+
+bool ElibDbFroDatabase::fetchAttributes(std::uint32_t froType, std::vector<std::string>& names,
+                                        std::vector<std::string>& types)
+{
+    std::vector<Row> rows;
+    const std::string sql = std::string("select * from ") + Sql::kAttributesTable + " where frotype = " +
+                            std::to_string(froType);
+    if (fetch("fetchAttributes", sql, {{2, ColumnKind::Text}, {3, ColumnKind::Text}}, rows) != DBI_OPERATION_SUCCESS)
+        return false;
+    names.clear();
+    types.clear();
+    for (const Row& row : rows) {
+        if (!row[0] || !row[1]) {
+            SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::fetchAttributes: Failed when trying to read value "
+                                         "from the database, no value returned");
+            return false;
+        }
+        names.push_back(*row[0]);
+        types.push_back(*row[1]);
+    }
+    return true;
+}
+
+bool ElibDbFroDatabase::saveFroAttributeTypes(std::uint32_t froType, const std::vector<std::string>& names,
+                                              const std::vector<std::string>& types, std::int32_t transactionId)
+{
+    if (std::find(m_bufferedTypes.begin(), m_bufferedTypes.end(), froType) != m_bufferedTypes.end()) {
+        SSC_TRACE(dbGroup(), kFlow, "froType %u is already buffered", froType);
+        return true;
+    }
+    const TableStatus status = tableStatus(Sql::kAttributesTable);
+    if (status == TABLE_NOT_FOUND) {
+        SSC_TRACE(dbGroup(), kFlow, "No FRO attribute table was found.");
+        if (!createTable(Sql::kAttributesTable, Sql::kAttributesColumns))
+            return false;
+    } else if (status == TABLE_STATUS_ERROR) {
+        return false;
+    }
+    std::vector<std::string> storedNames;
+    std::vector<std::string> storedTypes;
+    if (!fetchAttributes(froType, storedNames, storedTypes))
+        return false;
+    if (!storedNames.empty())
+        return true;
+    if (names.size() != types.size()) {
+        SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::saveFroAttributeTypes: Vector sizes doesn't match : # "
+                                     "of attributes=%zu, # of types=%zu", names.size(), types.size());
+        return false;
+    }
+    std::vector<std::string> written;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        if (Sql::isParentRef(names[i])) {
+            SSC_TRACE(dbGroup(), kFlow, "%s is skipped", names[i].c_str());
+        } else if (std::find(written.begin(), written.end(), names[i]) != written.end()) {
+            SSC_TRACE(dbGroup(), kFlow, "Duplicate key in fro attributes with key %u + %s", froType, names[i].c_str());
+        } else {
+            sendInTransaction(transactionId, Sql::insertAttributeType(froType, names[i], types[i]));
+            written.push_back(names[i]);
+        }
+    }
+    m_bufferedTypes.push_back(froType);
+    SSC_TRACE(dbGroup(), kFlow, "froType %u is now buffered", froType);
+    return true;
+}
+
+bool ElibDbFroDatabase::saveFRO(std::int32_t transactionId, std::int32_t froId, std::uint32_t froType,
+                                const std::string& xml)
+{
+    std::string table;
+    xmlDocumentRecord record;
+    if (!getFrodataTableName(froType, table) || !xmlHandler::instance().parse(xml, record))
+        return false;
+    std::string columns;
+    std::string statement;
+    // Built first, so that a value that cannot be written leaves nothing behind.
+    if (!Sql::dataColumns(record.names, record.types, columns) ||
+        !Sql::insertObject(table, froId, record.ldn, record.names, record.types, record.values, statement))
+        return false;
+    if (!saveFroAttributeTypes(froType, record.names, record.types, transactionId))
+        return false;
+    const TableStatus status = tableStatus(table);
+    if (status == TABLE_STATUS_ERROR || (status == TABLE_NOT_FOUND && !createTable(table, columns)))
+        return false;
+    registerTransaction(transactionId);
+    sendInTransaction(transactionId, statement);
+    return true;
+}
+
+bool ElibDbFroDatabase::saveAttributes(std::int32_t transactionId, std::int32_t froId, std::uint32_t froType,
+                                       const std::string& xml, bool inTransaction)
+{
+    std::string table;
+    if (!getFrodataTableName(froType, table))
+        return false;
+    const TableStatus status = tableStatus(table);
+    if (status == TABLE_NOT_FOUND)
+        SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::saveAttributes: Table %s not created, so appl should "
+                                     "not call saveAttributes", table.c_str());
+    xmlDocumentRecord record;
+    if (status != TABLE_FOUND || !xmlHandler::instance().parse(xml, record))
+        return false;
+    std::string statement;
+    if (!Sql::updateObject(table, froId, record.names, record.types, record.values, statement))
+        return false;
+    if (statement.empty())
+        return true;
+    if (!inTransaction)
+        return execDirect(statement);
+    sendInTransaction(transactionId, statement);
+    return true;
+}
+
+bool ElibDbFroDatabase::deleteFRO(std::int32_t transactionId, std::int32_t froId, std::uint32_t froType)
+{
+    std::string table;
+    if (!getFrodataTableName(froType, table))
+        return false;
+    const TableStatus status = tableStatus(table);
+    if (status != TABLE_FOUND)
+        return status == TABLE_NOT_FOUND;
+    registerTransaction(transactionId);
+    sendInTransaction(transactionId, "delete from " + table + " where froid = " + std::to_string(froId));
+    return true;
+}
+
+// ---- reading objects --------------------------------------------------------
+
+bool ElibDbFroDatabase::getFroIds(std::uint32_t froType, std::vector<std::int32_t>& froIds)
+{
+    std::string table;
+    if (!getFrodataTableName(froType, table)) {
+        SSC_TRACE(dbGroup(), kFlow, "getFrodataTableName(froType %u, frodataTableName) returns false", froType);
+        return false;
+    }
+    const TableStatus status = tableStatus(table);
+    if (status == TABLE_NOT_FOUND) {
+        SSC_TRACE(dbGroup(), kFlow, "tableStatus(frodataTableName %s) returns TABLE_NOT_FOUND for froType %u. "
+                                    "Returning empty FRO id vector", table.c_str(), froType);
+        return true;
+    }
+    if (status == TABLE_STATUS_ERROR) {
+        SSC_TRACE(dbGroup(), kError, "tableStatus(frodataTableName %s) returns TABLE_STATUS_ERROR for froType %u",
+                  table.c_str(), froType);
+        return false;
+    }
+    std::vector<Row> rows;
+    if (fetch("fetchFROs", "select * from " + table, {{1, ColumnKind::Integer}}, rows) != DBI_OPERATION_SUCCESS) {
+        SSC_TRACE(dbGroup(), kError, "fetchFROs(froIds, frodataTableName %s) returns DBI_OPERATION_FAIL for froType %u",
+                  table.c_str(), froType);
+        return false;
+    }
+    for (const Row& row : rows) {
+        if (!row[0])
+            return false;
+        froIds.push_back(static_cast<std::int32_t>(std::stol(*row[0])));
+    }
+    return true;
+}
+
+bool ElibDbFroDatabase::fetchFRO(std::int32_t froId, const std::string& table, const std::vector<std::string>& names,
+                                 const std::vector<std::string>& types, std::string& ldn,
+                                 std::vector<std::string>& values)
+{
+    std::string sql;
+    if (!Sql::selectObject(table, froId, names, sql))
+        return false;
+    std::vector<Column> columns{{1, ColumnKind::Integer}, {2, ColumnKind::Text}};
+    for (std::size_t i = 0; i < types.size(); ++i) {
+        const bool integer = sqlText::sqlTypeOf(types[i]) == sqlText::SqlType::Integer;
+        const bool unsignedType = sqlText::lowerCase(types[i]) == "u32";
+        columns.push_back({static_cast<unsigned short>(i + 3),
+                           integer ? (unsignedType ? ColumnKind::Unsigned : ColumnKind::Integer) : ColumnKind::Text});
+    }
+    std::vector<Row> rows;
+    if (fetch("fetchFRO", sql, columns, rows) != DBI_OPERATION_SUCCESS)
+        return false;
+    if (rows.empty()) {
+        SSC_TRACE(dbGroup(), kFlow, "ELIB::ElibDbFroDatabase::fetchFRO: no data for froid %d in %s", froId,
+                  table.c_str());
+        return false;
+    }
+    const Row& row = rows.front();
+    ldn = row[1].value_or("");
+    values.clear();
+    for (std::size_t i = 2; i < row.size(); ++i)
+        values.push_back(row[i].value_or(""));
+    SSC_TRACE(dbGroup(), kFlow, "ELIB::ElibDbFroDatabase::fetchFRO: Fetched data for froid %d LDN %s from the "
+                                "database", froId, ldn.c_str());
+    return true;
+}
+
+bool ElibDbFroDatabase::retrieveFRO(std::int32_t froId, std::uint32_t froType, std::string& xml)
+{
+    xml.clear();
+    std::string table;
+    if (!getFrodataTableName(froType, table))
+        return false;
+    const TableStatus status = tableStatus(table);
+    if (status != TABLE_FOUND)
+        return status == TABLE_NOT_FOUND;
+    std::vector<std::string> names;
+    std::vector<std::string> types;
+    std::vector<std::string> values;
+    std::string ldn;
+    if (!fetchAttributes(froType, names, types) || !fetchFRO(froId, table, names, types, ldn, values))
+        return false;
+    return xmlHandler::instance().build(ldn, "1.0", names, types, values, xml);
+}
+
+// ---- transactions -----------------------------------------------------------
+
+void ElibDbFroDatabase::registerTransaction(std::int32_t transactionId)
+{
+    if (std::find(m_registeredTransactions.begin(), m_registeredTransactions.end(), transactionId) !=
+        m_registeredTransactions.end()) {
+        SSC_TRACE(dbGroup(), kFlow, "tansaction %d is already registered", transactionId);
+        return;
+    }
+    m_registeredTransactions.push_back(transactionId);
+    SSC_TRACE(dbGroup(), kFlow, "Transaction %d is registered", transactionId);
+}
+
+bool ElibDbFroDatabase::deregisterTransaction(std::int32_t transactionId)
+{
+    const auto it = std::find(m_registeredTransactions.begin(), m_registeredTransactions.end(), transactionId);
+    if (it == m_registeredTransactions.end()) {
+        SSC_TRACE(dbGroup(), kFlow, "tansaction %d cannot be deregistered", transactionId);
+        return false;
+    }
+    m_registeredTransactions.erase(it);
+    return true;
+}
+
+bool ElibDbFroDatabase::transactionIdOf(const std::uint8_t* signal, std::size_t size, std::int32_t& transactionId)
+{
+    if (!signal || size < 12) {
+        SSC_TRACE(dbGroup(), kError, "transaction indication of %zu bytes is too short", size);
+        return false;
+    }
+    transactionId = static_cast<std::int32_t>(readBigEndian32(signal + 8));
+    return true;
+}
+
+void ElibDbFroDatabase::handleCommitInd(const std::uint8_t* signal, std::size_t size)
+{
+    SSC_TRACE(dbGroup(), kFlow, "COMMIT_IND received");
+    std::int32_t transactionId = 0;
+    if (transactionIdOf(signal, size, transactionId))
+        sanityCheck(transactionId);
+}
+
+void ElibDbFroDatabase::handleRollbackInd(const std::uint8_t* signal, std::size_t size)
+{
+    SSC_TRACE(dbGroup(), kFlow, "ROLLBACK_IND received");
+    std::int32_t transactionId = 0;
+    if (transactionIdOf(signal, size, transactionId))
+        sanityCheck(transactionId);
+}
+
+void ElibDbFroDatabase::sanityCheck(std::int32_t transactionId)
+{
+    SSC_TRACE(dbGroup(), kFlow, "Entering sanity check with txId %d", transactionId);
+    m_bufferedTypes.clear();
+    if (!deregisterTransaction(transactionId))
+        return;
+    std::vector<Row> versions;
+    const FetchResult result = fetch("sanityCheck", "select * from apc_fro_versions order by frotype asc ",
+                                     {{1, ColumnKind::Unsigned}, {3, ColumnKind::Text}}, versions);
+    std::vector<std::uint32_t> emptied;
+    for (const Row& version : versions) {
+        if (!version[0] || !version[1] || !sqlText::isIdentifier(*version[1]) ||
+            tableStatus(*version[1]) != TABLE_FOUND)
+            continue;
+        const std::string& table = *version[1];
+        std::vector<Row> ids;
+        if (fetch("sanityCheck", "select froid from " + table + " order by froid asc ", {{1, ColumnKind::Integer}},
+                  ids) == DBI_OPERATION_SUCCESS &&
+            ids.empty() && execDirect("drop table " + table))
+            emptied.push_back(static_cast<std::uint32_t>(std::stoul(*version[0])));
+    }
+    if (!emptied.empty())
+        removeAttributeRows(emptied);
+    SSC_TRACE(dbGroup(), kFlow, "Exiting sanity check with txId %d and result %d", transactionId, result);
+}
+
+void ElibDbFroDatabase::removeAttributeRows(const std::vector<std::uint32_t>& froTypes)
+{
+    std::int32_t transactionId = 0;
+    if (m_transaction.create_e(1, transactionId, 1) != 0) {
+        SSC_TRACE(dbGroup(), kError, "unable to create a transaction!");
+        return;
+    }
+    for (std::uint32_t froType : froTypes) {
+        const std::string sql = std::string("delete from ") + Sql::kAttributesTable + " where frotype = " +
+                                std::to_string(froType);
+        SSC_TRACE(dbGroup(), kFlow, "Executing SQL query %s", sql.c_str());
+        m_transaction.databaseUpdateSQL(transactionId, sql);
+    }
+    if (m_transaction.commit_e(transactionId, 1) != 0) {
+        SSC_TRACE(dbGroup(), kError, "unable to commit transaction %d", transactionId);
+        if (m_transaction.rollBack_e(transactionId, 1) != 0)
+            SSC_TRACE(dbGroup(), kError, "unable to rollback transaction %d", transactionId);
+    }
+}
+
+void ElibDbFroDatabase::close()
+{
+    if (!m_registeredTransactions.empty() || !m_handles.connected)
+        return;
+    SSC_TRACE(dbGroup(), kFlow, "CLose: Disconnect from database %d", 0);
+    VantoDb_disconnect(m_handles);
+}
+
+void ElibDbFroDatabase::handleSignal(const std::uint8_t* signal, std::size_t size)
+{
+    if (!signal || size < 4) {
+        SSC_TRACE(dbGroup(), kError, "signal of %zu bytes is too short", size);
+        return;
+    }
+    const std::uint32_t sigNo = readBigEndian32(signal);
+    SSC_TRACE(dbGroup(), kFlow, "handleSignal RECEIVED message 0x%08x", sigNo);
+    switch (sigNo) {
+    case kTransCreateCfm:
+    case kTransRegisterCfm:
+    case kTransCommitCfm:
+    case kTransRollbackCfm:
+        break;
+    case kTransServerDownInd:
+        m_bufferedTypes.clear();
+        m_registeredTransactions.clear();
+        break;
+    case kTransCommitInd:
+        handleCommitInd(signal, size);
+        break;
+    case kTransRollbackInd:
+        handleRollbackInd(signal, size);
+        break;
+    default:
+        SSC_TRACE(dbGroup(), kError, "unexpected message 0x%08x received in elibDbFroDatabase", sigNo);
+        break;
+    }
+}

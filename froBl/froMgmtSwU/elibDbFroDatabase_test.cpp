@@ -1,0 +1,269 @@
+#include "froBl/froMgmtSwU/export/froTypes.h"
+#include "froBl/froMgmtSwU/export/xmlEscape.h"
+#include "froBl/froMgmtSwU/testSupport/dbTestFixture.h"
+#include "froBl/froMgmtSwU/testSupport/traceCapture.h"
+
+namespace {
+
+using namespace fro_types;
+using ElibDbFroDatabaseTest = dbTestFixture;
+
+TEST_F(ElibDbFroDatabaseTest, TheSchemaIsMadeFromScratchAndFoundAgain)
+{
+    const Rows versions = query("select frotype, froTypeName, frodataTableName from apc_fro_versions order by frotype");
+    ASSERT_EQ(versions.size(), kPersistentCount);
+    for (std::size_t i = 0; i < kPersistentCount; ++i) {
+        EXPECT_EQ(versions[i][0], std::to_string(kClasses[i].froType));
+        EXPECT_EQ(versions[i][1], kClasses[i].name);
+        EXPECT_EQ(versions[i][2], "apc_frodata_" + std::string(kClasses[i].name) + "_INITIAL");
+    }
+    EXPECT_TRUE(dataTables().empty()) << "no class table before its first object";
+
+    traceCapture trace;
+    ose::Trace::configure("supSysFroDbLU:all");
+    DatabaseFacade again(m_config, *m_server);
+    EXPECT_TRUE(again.init());
+    ose::Trace::reset();
+    EXPECT_FALSE(trace.contains("scratch installation"));
+    EXPECT_EQ(query("select count(*) from apc_fro_versions")[0][0], "12");
+}
+
+TEST_F(ElibDbFroDatabaseTest, AnOldDatabaseGetsOnlyItsMissingClassRows)
+{
+    query("delete from apc_fro_versions where frotype = " + std::to_string(kEFuse));
+    query("insert into apc_fro_versions values (117706752, 'Other', 'apc_frodata_Other_INITIAL')");
+    DatabaseFacade again(m_config, *m_server);
+    ASSERT_TRUE(again.init());
+    EXPECT_EQ(query("select count(*) from apc_fro_versions")[0][0], "13");
+    EXPECT_EQ(query("select froTypeName from apc_fro_versions where frotype = " + std::to_string(kEFuse))[0][0], "EFuse");
+}
+
+TEST_F(ElibDbFroDatabaseTest, ObjectsOfEveryClassAreSavedReadBackAndDeleted)
+{
+    std::vector<std::unique_ptr<fRO>> objects;
+    const std::int32_t tx = m_server->newTransaction();
+    for (std::size_t i = 0; i < kPersistentCount; ++i) {
+        const std::string ldn = "Cabinet=1," + std::string(kClasses[i].name) + "=" + std::to_string(i);
+        objects.push_back(makeObject(ldn, kClasses[i].froType));
+        objects.back()->addAttribute("userLabel", "label " + std::to_string(i), "STRING");
+        objects.back()->setAttribute("parentObjectId", std::int32_t{3}); // EFuse only
+        ASSERT_TRUE(m_db->saveFRO(tx, objects.back()->getInternalId(), kClasses[i].froType,
+                                  mimOf(ldn, *objects.back())))
+            << kClasses[i].name;
+    }
+    ASSERT_TRUE(commit(tx)) << m_server->lastError();
+    EXPECT_EQ(dataTables().size(), kPersistentCount);
+
+    for (const auto& object : objects) {
+        EXPECT_EQ(stored(object->getInternalId(), object->getFroType()), attributesOf(*object));
+        std::vector<std::int32_t> ids;
+        ASSERT_TRUE(m_db->getFroIds(object->getFroType(), ids));
+        EXPECT_EQ(ids, std::vector<std::int32_t>{object->getInternalId()});
+    }
+
+    const std::int32_t deletion = m_server->newTransaction();
+    for (const auto& object : objects)
+        ASSERT_TRUE(m_db->deleteFRO(deletion, object->getInternalId(), object->getFroType()));
+    ASSERT_TRUE(commit(deletion));
+    EXPECT_TRUE(dataTables().empty()) << "the sanity check drops emptied tables";
+    EXPECT_EQ(query("select count(*) from apc_fro_attributes")[0][0], "0");
+    std::string xml = "x";
+    EXPECT_TRUE(m_db->retrieveFRO(objects[0]->getInternalId(), kCabinet, xml));
+    EXPECT_EQ(xml, "");
+}
+
+TEST_F(ElibDbFroDatabaseTest, TheClassTableGrowsByItselfWithTheColumnsOfItsFirstObject)
+{
+    auto first = makeObject("Cabinet=1", kCabinet);
+    first->addAttribute("parentRef", "Root=1", "STRING");
+    auto second = makeObject("Cabinet=2", kCabinet);
+    const std::int32_t tx = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(tx, first->getInternalId(), kCabinet, mimOf("Cabinet=1", *first)));
+    ASSERT_TRUE(m_db->saveFRO(tx, second->getInternalId(), kCabinet, mimOf("Cabinet=2", *second)));
+    int attributeRows = 0;
+    for (const std::string& statement : m_server->pending(tx))
+        attributeRows += statement.starts_with("insert into apc_fro_attributes") ? 1 : 0;
+    EXPECT_EQ(attributeRows, 2) << "written once per class and transaction, parentRef never";
+    ASSERT_TRUE(commit(tx));
+    EXPECT_EQ(query("select count(*) from apc_frodata_Cabinet_INITIAL")[0][0], "2");
+    const Rows columns = query("select name from pragma_table_info('apc_frodata_Cabinet_INITIAL')");
+    EXPECT_EQ(columns, (Rows{{"froid"}, {"ldn"}, {"cabinetIdentifier"}, {"smokeDetector"}}));
+
+    auto third = makeObject("Cabinet=3", kCabinet);
+    third->addAttribute("extra", "1", "S32");
+    const std::int32_t later = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(later, third->getInternalId(), kCabinet, mimOf("Cabinet=3", *third)));
+    EXPECT_FALSE(commit(later)) << "the platform refuses the insert; the table is not altered";
+    EXPECT_EQ(query("select name from pragma_table_info('apc_frodata_Cabinet_INITIAL')"), columns);
+    EXPECT_EQ(query("select count(*) from apc_frodata_Cabinet_INITIAL")[0][0], "2");
+}
+
+TEST_F(ElibDbFroDatabaseTest, ARolledBackFirstObjectLeavesNoTableBehind)
+{
+    auto object = makeObject("FanGroup=1", kFanGroup);
+    const std::int32_t tx = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(tx, object->getInternalId(), kFanGroup, mimOf("FanGroup=1", *object)));
+    EXPECT_EQ(dataTables(), std::vector<std::string>{"apc_frodata_FanGroup_INITIAL"});
+    m_server->rollBack_e(tx, 1);
+    const auto signal = localTransactionServer::indication(10015, tx);
+    m_db->handleSignal(signal.data(), signal.size());
+    EXPECT_TRUE(dataTables().empty());
+    EXPECT_EQ(m_db->registeredTransactionCount(), 0u);
+}
+
+TEST_F(ElibDbFroDatabaseTest, AnyTextValueIsStoredAndReadBackUnchanged)
+{
+    const std::vector<std::string> hostile{
+        "it's",
+        "a;b; drop table apc_fro_versions; --",
+        "'); delete from apc_fro_versions; --",
+        "<b>bold</b> & \"quoted\"",
+        "Grüße ☺ 日本語",
+        "  leading and trailing  ",
+        "back\\slash\\",
+        "",
+    };
+    auto object = makeObject("ExternalNode=1", kExternalNode);
+    const std::int32_t tx = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(tx, object->getInternalId(), kExternalNode,
+                              mimOf("ExternalNode=1", {"logicalName", "fullDistinguishedName"}, {"STRING", "STRING"},
+                                    {xmlEscape::encode(hostile[0]), xmlEscape::encode(hostile[1])})));
+    ASSERT_TRUE(commit(tx)) << m_server->lastError();
+
+    for (const std::string& raw : hostile) {
+        for (bool inTransaction : {false, true}) {
+            const std::int32_t update = m_server->newTransaction();
+            const std::string body = mimOf("ExternalNode=1", {"logicalName"}, {"STRING"}, {xmlEscape::encode(raw)});
+            ASSERT_TRUE(m_db->saveAttributes(update, object->getInternalId(), kExternalNode, body, inTransaction));
+            if (inTransaction) {
+                ASSERT_TRUE(commit(update)) << m_server->lastError();
+            }
+            EXPECT_EQ(stored(object->getInternalId(), kExternalNode)["logicalName"].second, xmlEscape::encode(raw))
+                << raw;
+        }
+    }
+    EXPECT_EQ(query("select count(*) from apc_fro_versions")[0][0], "12");
+    EXPECT_EQ(query("select fullDistinguishedName from apc_frodata_ExternalNode_INITIAL")[0][0],
+              xmlEscape::encode(hostile[1]));
+}
+
+TEST_F(ElibDbFroDatabaseTest, NumbersAreCheckedBeforeTheyReachAStatement)
+{
+    auto object = makeObject("EFuse=1", kEFuse); // parentObjectId: S32 with an empty default
+    object->addAttribute("mask", "4294967295", "U32");
+    const std::int32_t tx = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(tx, object->getInternalId(), kEFuse, mimOf("EFuse=1", *object)));
+    ASSERT_TRUE(commit(tx)) << m_server->lastError();
+    auto values = stored(object->getInternalId(), kEFuse);
+    EXPECT_EQ(values["mask"].second, "4294967295");
+    EXPECT_EQ(values["parentObjectId"].second, "0");
+
+    traceCapture trace;
+    const std::int32_t bad = m_server->newTransaction();
+    EXPECT_FALSE(m_db->saveAttributes(bad, object->getInternalId(), kEFuse,
+                                      mimOf("EFuse=1", {"eFuseIndicator"}, {"S32"}, {"1; drop table x"}), true));
+    EXPECT_FALSE(m_db->saveFRO(bad, 99, kEFuse, mimOf("EFuse=2", {"eFuseIndicator"}, {"S32"}, {"1, 2"})));
+    EXPECT_FALSE(m_db->saveFRO(bad, 99, kEFuse, mimOf("EFuse=2", {"bad name"}, {"S32"}, {"1"})));
+    EXPECT_TRUE(m_server->pending(bad).empty());
+    EXPECT_TRUE(trace.contains("is not a number of type S32"));
+}
+
+TEST_F(ElibDbFroDatabaseTest, ALostConnectionIsRepairedWithoutLosingAWrite)
+{
+    auto object = makeObject("PowerSupply=1", kPowerSupply);
+    const std::int32_t tx = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(tx, object->getInternalId(), kPowerSupply, mimOf("PowerSupply=1", *object)));
+    ASSERT_TRUE(commit(tx));
+    const auto update = [&](const char* value) {
+        return m_db->saveAttributes(0, object->getInternalId(), kPowerSupply,
+                                    mimOf("PowerSupply=1", {"systemVoltage"}, {"S32"}, {value}), false);
+    };
+
+    odbc_fault::failNext(odbc_fault::Call::ExecDirect, 1);
+    ASSERT_TRUE(update("-53"));
+    EXPECT_EQ(odbc_fault::injected(odbc_fault::Call::ExecDirect), 1);
+    EXPECT_EQ(query("select systemVoltage from apc_frodata_PowerSupply_INITIAL")[0][0], "-53");
+
+    odbc_fault::failNext(odbc_fault::Call::Fetch, 1);
+    EXPECT_EQ(stored(object->getInternalId(), kPowerSupply)["systemVoltage"].second, "-53");
+    EXPECT_EQ(odbc_fault::injected(odbc_fault::Call::Fetch), 1);
+
+    // The data source stays away for two attempts: two waits, no sleep.
+    odbc_fault::failNext(odbc_fault::Call::ExecDirect, 1);
+    odbc_fault::failNext(odbc_fault::Call::Connect, 2);
+    ASSERT_TRUE(update("-54"));
+    EXPECT_EQ(m_waits, 2);
+    EXPECT_EQ(query("select systemVoltage from apc_frodata_PowerSupply_INITIAL")[0][0], "-54");
+    EXPECT_TRUE(m_db->isConnected());
+}
+
+TEST_F(ElibDbFroDatabaseTest, ADatabaseThatStaysAwayFailsTheOperationInBoundedTime)
+{
+    auto object = makeObject("PowerSupply=1", kPowerSupply);
+    const std::int32_t tx = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(tx, object->getInternalId(), kPowerSupply, mimOf("PowerSupply=1", *object)));
+    ASSERT_TRUE(commit(tx));
+
+    odbc_fault::failNext(odbc_fault::Call::ExecDirect, 1);
+    odbc_fault::failNext(odbc_fault::Call::Connect, 1000);
+    const std::string body = mimOf("PowerSupply=1", {"systemVoltage"}, {"S32"}, {"-50"});
+    EXPECT_FALSE(m_db->saveAttributes(0, object->getInternalId(), kPowerSupply, body, false));
+    EXPECT_EQ(m_waits, 3);
+    EXPECT_FALSE(m_db->isConnected());
+
+    odbc_fault::reset();
+    EXPECT_TRUE(m_db->saveAttributes(0, object->getInternalId(), kPowerSupply, body, false));
+    EXPECT_EQ(query("select systemVoltage from apc_frodata_PowerSupply_INITIAL")[0][0], "-50");
+}
+
+TEST_F(ElibDbFroDatabaseTest, GarbageFromTheDatabaseIsRefusedWithATrace)
+{
+    auto object = makeObject("Cabinet=1", kCabinet);
+    const std::int32_t tx = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(tx, object->getInternalId(), kCabinet, mimOf("Cabinet=1", *object)));
+    ASSERT_TRUE(commit(tx));
+    std::string xml;
+    traceCapture trace;
+
+    query("update apc_frodata_Cabinet_INITIAL set cabinetIdentifier = '" + std::string(60000, 'x') + "'");
+    EXPECT_FALSE(m_db->retrieveFRO(object->getInternalId(), kCabinet, xml));
+    EXPECT_TRUE(trace.contains("holds more than 49151 bytes"));
+
+    query("update apc_frodata_Cabinet_INITIAL set cabinetIdentifier = 'a\" injected=\"1'");
+    EXPECT_FALSE(m_db->retrieveFRO(object->getInternalId(), kCabinet, xml));
+
+    query("update apc_frodata_Cabinet_INITIAL set cabinetIdentifier = 'ok', smokeDetector = 99999999999");
+    EXPECT_FALSE(m_db->retrieveFRO(object->getInternalId(), kCabinet, xml));
+    EXPECT_TRUE(trace.contains("out of range"));
+
+    query("update apc_fro_versions set frodataTableName = 'x; drop table apc_fro_versions' where frotype = " +
+          std::to_string(kFanGroup));
+    auto fan = makeObject("FanGroup=1", kFanGroup);
+    EXPECT_FALSE(m_db->saveFRO(tx, fan->getInternalId(), kFanGroup, mimOf("FanGroup=1", *fan)));
+    EXPECT_TRUE(trace.contains("is not a table name"));
+}
+
+TEST_F(ElibDbFroDatabaseTest, TransactionBookkeepingFollowsThePlatformSignals)
+{
+    auto object = makeObject("Cabinet=1", kCabinet);
+    const std::int32_t tx = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(tx, object->getInternalId(), kCabinet, mimOf("Cabinet=1", *object)));
+    EXPECT_EQ(m_db->registeredTransactionCount(), 1u);
+    m_db->close();
+    EXPECT_TRUE(m_db->isConnected()) << "kept while a transaction has pending SQL";
+
+    const std::uint8_t tooShort[] = {0, 0, 0x27};
+    m_db->handleSignal(tooShort, sizeof tooShort);
+    const auto commitWithoutId = localTransactionServer::indication(10014, tx);
+    m_db->handleSignal(commitWithoutId.data(), 8);
+    EXPECT_EQ(m_db->registeredTransactionCount(), 1u);
+
+    const auto down = localTransactionServer::indication(10011, 0);
+    m_db->handleSignal(down.data(), down.size());
+    EXPECT_EQ(m_db->registeredTransactionCount(), 0u);
+    m_db->close();
+    EXPECT_FALSE(m_db->isConnected());
+    EXPECT_TRUE(m_db->init()) << "connects again on demand";
+}
+
+} // namespace

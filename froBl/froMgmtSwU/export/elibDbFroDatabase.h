@@ -1,0 +1,105 @@
+#pragma once
+// The object database: one table per persistent class, made when its first
+// object is saved, with the columns that this object has. Reads go straight
+// to the database; writes of a management transaction are handed to the
+// platform's transaction server, which runs them at commit.
+//
+// Every call blocks. A lost connection is repaired by reconnecting and
+// repeating; how long that may take is bounded by the VantoDbConfig.
+
+#include "platform/VantoDb.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+class VantoTransactionApi;
+
+class ElibDbFroDatabase {
+public:
+    enum FetchResult : int { DBI_DISCONNECTED = 0, DBI_OPERATION_FAIL = 1, DBI_OPERATION_SUCCESS = 2 };
+    enum TableStatus : int { TABLE_FOUND = 0, TABLE_NOT_FOUND = 1, TABLE_STATUS_ERROR = 2 };
+
+    // Platform signals of the transaction service.
+    static constexpr std::uint32_t kTransCreateCfm = 10002;
+    static constexpr std::uint32_t kTransRegisterCfm = 10004;
+    static constexpr std::uint32_t kTransCommitCfm = 10008;
+    static constexpr std::uint32_t kTransRollbackCfm = 10010;
+    static constexpr std::uint32_t kTransServerDownInd = 10011;
+    static constexpr std::uint32_t kTransCommitInd = 10014;
+    static constexpr std::uint32_t kTransRollbackInd = 10015;
+
+    ElibDbFroDatabase(VantoDbConfig config, VantoTransactionApi& transaction);
+    virtual ~ElibDbFroDatabase();
+    ElibDbFroDatabase(const ElibDbFroDatabase&) = delete;
+    ElibDbFroDatabase& operator=(const ElibDbFroDatabase&) = delete;
+
+    // signal: the received buffer, its number big-endian in the first 4 bytes.
+    virtual void handleSignal(const std::uint8_t* signal, std::size_t size);
+
+    bool init();
+    void close();
+    bool saveFRO(std::int32_t transactionId, std::int32_t froId, std::uint32_t froType, const std::string& xml);
+    bool saveAttributes(std::int32_t transactionId, std::int32_t froId, std::uint32_t froType,
+                        const std::string& xml, bool inTransaction);
+    bool deleteFRO(std::int32_t transactionId, std::int32_t froId, std::uint32_t froType);
+    // True with the object's mim text, or with an empty text when the class
+    // has no table; false on failure.
+    bool retrieveFRO(std::int32_t froId, std::uint32_t froType, std::string& xml);
+    bool getFroIds(std::uint32_t froType, std::vector<std::int32_t>& froIds);
+    void handleCommitInd(const std::uint8_t* signal, std::size_t size);
+    void handleRollbackInd(const std::uint8_t* signal, std::size_t size);
+
+    bool isConnected() const { return m_handles.connected; }
+    std::size_t registeredTransactionCount() const { return m_registeredTransactions.size(); }
+
+protected:
+    enum class ColumnKind { Text, Integer, Unsigned };
+    struct Column {
+        unsigned short number;
+        ColumnKind kind;
+    };
+    using Row = std::vector<std::optional<std::string>>; // empty optional: NULL
+
+    // Runs a query and reads all rows, reconnecting and repeating when the
+    // connection is lost.
+    FetchResult fetch(const char* who, const std::string& sql, const std::vector<Column>& columns,
+                      std::vector<Row>& rows);
+
+private:
+    FetchResult fetchOnce(const char* who, const std::string& sql, const std::vector<Column>& columns,
+                          std::vector<Row>& rows);
+    FetchResult readRow(const char* who, const std::vector<Column>& columns, Row& row);
+    bool execOnce(const std::string& sql, bool& lost);
+    bool execDirect(const std::string& sql);
+    bool ensureConnected();
+    bool reconnect();
+    void getError(short handleType, void* handle, bool& lost);
+    void closeCursor(const char* who);
+
+    bool setUpSchema();
+    bool insertVersionRow(std::size_t classIndex);
+    TableStatus tableStatus(std::string name);
+    bool createTable(const std::string& name, const std::string& columns);
+    bool getFrodataTableName(std::uint32_t froType, std::string& name);
+    bool fetchAttributes(std::uint32_t froType, std::vector<std::string>& names, std::vector<std::string>& types);
+    bool saveFroAttributeTypes(std::uint32_t froType, const std::vector<std::string>& names,
+                               const std::vector<std::string>& types, std::int32_t transactionId);
+    bool fetchFRO(std::int32_t froId, const std::string& table, const std::vector<std::string>& names,
+                  const std::vector<std::string>& types, std::string& ldn, std::vector<std::string>& values);
+    void sendInTransaction(std::int32_t transactionId, const std::string& statement);
+    void registerTransaction(std::int32_t transactionId);
+    bool deregisterTransaction(std::int32_t transactionId);
+    void sanityCheck(std::int32_t transactionId);
+    void removeAttributeRows(const std::vector<std::uint32_t>& froTypes);
+    static bool transactionIdOf(const std::uint8_t* signal, std::size_t size, std::int32_t& transactionId);
+
+    VantoDbHandles m_handles;
+    VantoTransactionApi& m_transaction;
+    bool m_firstInit = true;
+    std::vector<std::uint32_t> m_bufferedTypes;
+    std::vector<std::int32_t> m_registeredTransactions;
+    std::vector<char> m_textBuffer; // one text column as read
+};

@@ -1,0 +1,130 @@
+#include "froBl/froMgmtSwU/froSqlStatements.h"
+
+#include "froBl/froMgmtSwU/export/froTrace.h"
+#include "froBl/froMgmtSwU/sqlText.h"
+
+using namespace fro_trace;
+
+std::string froSqlStatements::dataTableName(std::string_view className)
+{
+    return std::string(kDataTablePrefix) + std::string(className) + kDataTableSuffix;
+}
+
+std::string froSqlStatements::createTable(const std::string& name, const std::string& columns)
+{
+    return "create table " + name + " (persistent, " + columns + ")";
+}
+
+std::string froSqlStatements::insertVersion(std::uint32_t froType, std::string_view className)
+{
+    return std::string("insert into ") + kVersionsTable + " (frotype, froTypeName, frodataTableName) values (" +
+           std::to_string(froType) + ", " + sqlText::quote(className) + ", " +
+           sqlText::quote(dataTableName(className)) + ")";
+}
+
+std::string froSqlStatements::insertAttributeType(std::uint32_t froType, const std::string& name,
+                                                  const std::string& type)
+{
+    return std::string("insert into ") + kAttributesTable + " (frotype, attrname, attrtype) values (" +
+           std::to_string(froType) + ", " + sqlText::quote(name) + ", " + sqlText::quote(type) + ")";
+}
+
+bool froSqlStatements::checkName(const char* who, const std::string& name)
+{
+    if (sqlText::isIdentifier(name))
+        return true;
+    SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::%s: attribute name %s cannot be a column name", who,
+              name.c_str());
+    return false;
+}
+
+bool froSqlStatements::literal(const char* who, const std::string& name, const std::string& type,
+                               const std::string& value, std::string& out)
+{
+    if (sqlText::sqlTypeOf(type) != sqlText::SqlType::Integer) {
+        out = sqlText::quote(value);
+        return true;
+    }
+    if (sqlText::integerLiteral(value, type, out))
+        return true;
+    SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::%s: value of %s is not a number of type %s", who,
+              name.c_str(), type.c_str());
+    return false;
+}
+
+bool froSqlStatements::dataColumns(const std::vector<std::string>& names, const std::vector<std::string>& types,
+                                   std::string& columns)
+{
+    columns = "froid integer, ldn varchar(0) not null, ";
+    for (std::size_t i = 0; i < names.size() && i < types.size(); ++i) {
+        if (isParentRef(names[i]))
+            continue;
+        if (!checkName("createTable", names[i]))
+            return false;
+        columns += names[i] + " " + sqlText::sqlTypeName(sqlText::sqlTypeOf(types[i])) + " not null, ";
+    }
+    columns += "primary key(froid)";
+    return true;
+}
+
+bool froSqlStatements::insertObject(const std::string& table, std::int32_t froId, const std::string& ldn,
+                                    const std::vector<std::string>& names, const std::vector<std::string>& types,
+                                    const std::vector<std::string>& values, std::string& statement)
+{
+    std::string columns = "insert into " + table + " (froid, ldn";
+    std::string literals = ") values (" + std::to_string(froId) + ", " + sqlText::quote(ldn);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        if (isParentRef(names[i]))
+            continue;
+        if (sqlText::sqlTypeOf(types[i]) == sqlText::SqlType::Unknown)
+            SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::saveFRO: Received attribute has an unknown type: %s",
+                      types[i].c_str());
+        std::string value;
+        if (!checkName("saveFRO", names[i]) || !literal("saveFRO", names[i], types[i], values[i], value))
+            return false;
+        columns += ", " + names[i];
+        literals += ", " + value;
+    }
+    statement = columns + literals + ")";
+    return true;
+}
+
+bool froSqlStatements::updateObject(const std::string& table, std::int32_t froId,
+                                    const std::vector<std::string>& names, const std::vector<std::string>& types,
+                                    const std::vector<std::string>& values, std::string& statement)
+{
+    std::string assignments;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        if (isParentRef(names[i]))
+            continue;
+        if (sqlText::sqlTypeOf(types[i]) == sqlText::SqlType::Unknown) {
+            SSC_TRACE(dbGroup(), kError,
+                      "ELIB::ElibDbFroDatabase::saveAttributes: Received attribute %s has an unknown type: %s and "
+                      "will not be updated",
+                      names[i].c_str(), types[i].c_str());
+            continue;
+        }
+        std::string value;
+        if (!checkName("saveAttributes", names[i]) ||
+            !literal("saveAttributes", names[i], types[i], values[i], value))
+            return false;
+        assignments += (assignments.empty() ? "" : ", ") + names[i] + " = " + value;
+    }
+    statement.clear();
+    if (!assignments.empty())
+        statement = "update " + table + " set " + assignments + " where froid = " + std::to_string(froId);
+    return true;
+}
+
+bool froSqlStatements::selectObject(const std::string& table, std::int32_t froId,
+                                    const std::vector<std::string>& names, std::string& statement)
+{
+    statement = "select froId, ldn";
+    for (const std::string& name : names) {
+        if (!checkName("fetchFRO", name))
+            return false;
+        statement += ", " + name;
+    }
+    statement += " from " + table + " where froid = " + std::to_string(froId);
+    return true;
+}

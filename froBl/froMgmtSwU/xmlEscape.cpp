@@ -1,0 +1,65 @@
+#include "froBl/froMgmtSwU/export/xmlEscape.h"
+
+#include <array>
+#include <cctype>
+
+namespace {
+
+bool isCharacterReference(std::string_view body)
+{
+    // body is what stands between '&' and ';'
+    if (body.size() < 2 || body[0] != '#')
+        return false;
+    const bool hex = body[1] == 'x';
+    const std::string_view digits = body.substr(hex ? 2 : 1);
+    if (digits.empty() || digits.size() > 8)
+        return false;
+    for (char c : digits)
+        if (!(hex ? std::isxdigit(static_cast<unsigned char>(c)) : std::isdigit(static_cast<unsigned char>(c))))
+            return false;
+    return true;
+}
+
+bool isEntity(std::string_view body)
+{
+    constexpr std::array<std::string_view, 5> named{"amp", "quot", "apos", "lt", "gt"};
+    for (std::string_view entity : named)
+        if (body == entity)
+            return true;
+    return isCharacterReference(body);
+}
+
+} // namespace
+
+std::string xmlEscape::encode(std::string_view text)
+{
+    std::string out;
+    out.reserve(text.size());
+    for (char c : text) {
+        switch (c) {
+        case '&': out += "&amp;"; break;
+        case '"': out += "&quot;"; break;
+        case '\'': out += "&apos;"; break;
+        case '<': out += "&lt;"; break;
+        case '>': out += "&gt;"; break;
+        default: out += c; break;
+        }
+    }
+    return out;
+}
+
+bool xmlEscape::isEncoded(std::string_view text)
+{
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (c == '<' || c == '>' || c == '"' || c == '\'' || c == '\0')
+            return false;
+        if (c != '&')
+            continue;
+        const std::size_t end = text.find(';', i + 1);
+        if (end == std::string_view::npos || !isEntity(text.substr(i + 1, end - i - 1)))
+            return false;
+        i = end;
+    }
+    return true;
+}
