@@ -18,6 +18,10 @@ thread_local World* t_currentWorld = nullptr;
 // A phantom may redirect to another phantom; a cycle must not hang the world.
 constexpr int kMaxRedirections = 16;
 
+// While processes keep each other busy, outside descriptors are still looked
+// at after this many scheduling steps.
+constexpr unsigned kStepsBetweenPolls = 256;
+
 std::string describeContext()
 {
     World* world = t_currentWorld;
@@ -230,16 +234,12 @@ void World::run()
 
 void World::stop()
 {
-    std::lock_guard<std::mutex> lock(m_postMutex);
-    m_postedStop = true;
-    m_postCondition.notify_all();
+    m_events.requestStop();
 }
 
 void World::post(std::function<void()> work)
 {
-    std::lock_guard<std::mutex> lock(m_postMutex);
-    m_posted.push_back(std::move(work));
-    m_postCondition.notify_all();
+    m_events.post(std::move(work));
 }
 
 void World::schedule(std::uint64_t limit, bool stopWhenIdle)
@@ -247,11 +247,15 @@ void World::schedule(std::uint64_t limit, bool stopWhenIdle)
     CurrentWorld scope(this);
     m_stopRequested = false;
     while (!m_stopRequested) {
-        runPosted();
-        if (m_stopRequested) break;
+        if (m_events.runPosted()) break;
         reapDeadProcesses();
         m_clock.sync();
         fireDueTimeouts();
+        // Busy processes must not keep outside clients waiting for ever.
+        if (++m_stepsSincePoll >= kStepsBetweenPolls && m_events.watchesAny()) {
+            m_stepsSincePoll = 0;
+            m_events.wait(std::chrono::nanoseconds(0));
+        }
         if (!m_unwinding.empty()) {
             Process* process = m_unwinding.front();
             m_unwinding.pop_front();
@@ -272,50 +276,37 @@ void World::schedule(std::uint64_t limit, bool stopWhenIdle)
 bool World::waitForWork(std::uint64_t limit, bool stopWhenIdle)
 {
     std::optional<std::uint64_t> next = m_timeouts.nextTime();
-    if (m_clock.now() >= limit && limit != UINT64_MAX) return false;
+    if (limit != UINT64_MAX && m_clock.now() >= limit) return false;
     if (!next && stopWhenIdle) return false;
     std::uint64_t target = next ? std::min(*next, limit) : limit;
-
-    std::unique_lock<std::mutex> lock(m_postMutex);
-    auto hasWork = [&] { return !m_posted.empty() || m_postedStop; };
-    if (m_clock.config().mode == ClockMode::Virtual) {
-        if (target != UINT64_MAX) {
-            m_clock.advanceTo(target);
-            return !(target == limit && (!next || *next > limit));
-        }
-        m_postCondition.wait(lock, hasWork); // virtual time stands still until someone posts
+    bool isVirtual = m_clock.config().mode != ClockMode::Real;
+    if (isVirtual && m_timeCeiling && target > *m_timeCeiling) {
+        // Held by an outside client: go as far as allowed and wait for it.
+        m_clock.advanceTo(*m_timeCeiling);
+        m_events.wait(std::nullopt);
         return true;
     }
     if (target == UINT64_MAX) {
-        m_postCondition.wait(lock, hasWork);
+        m_events.wait(std::nullopt); // nothing will happen until someone outside acts
         return true;
     }
-    auto wallStart = std::chrono::steady_clock::now();
+    if (m_clock.config().mode == ClockMode::Virtual) {
+        m_clock.advanceTo(target);
+        return !(target == limit && (!next || *next > limit));
+    }
     std::uint64_t wait = target > m_clock.now() ? target - m_clock.now() : 0;
-    bool woken = m_postCondition.wait_for(lock, m_clock.wallDuration(wait), hasWork);
+    auto wallStart = std::chrono::steady_clock::now();
+    bool woken = m_events.wait(m_clock.wallDuration(wait));
     if (m_clock.config().mode == ClockMode::Paced) {
         if (!woken) {
             m_clock.advanceTo(target);
         } else {
             auto waited = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - wallStart);
-            m_clock.advanceTo(m_clock.now() + static_cast<std::uint64_t>(waited.count() * m_clock.config().pace));
+            auto moved = static_cast<std::uint64_t>(waited.count() * m_clock.config().pace);
+            m_clock.advanceTo(std::min(target, m_clock.now() + moved));
         }
     }
     return true;
-}
-
-void World::runPosted()
-{
-    std::vector<std::function<void()>> work;
-    {
-        std::lock_guard<std::mutex> lock(m_postMutex);
-        work.swap(m_posted);
-        if (m_postedStop) {
-            m_postedStop = false;
-            m_stopRequested = true;
-        }
-    }
-    for (auto& item : work) item();
 }
 
 void World::fireDueTimeouts()

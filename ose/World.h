@@ -11,6 +11,7 @@
 // threads talk to a world only through post() and stop().
 
 #include "ose/Clock.h"
+#include "ose/EventLoop.h"
 #include "ose/Link.h"
 #include "ose/Node.h"
 #include "ose/Process.h"
@@ -19,12 +20,11 @@
 #include "ose/TimeoutQueue.h"
 #include "ose/Types.h"
 
-#include <condition_variable>
 #include <deque>
 #include <functional>
 #include <list>
+#include <optional>
 #include <memory>
-#include <mutex>
 #include <span>
 #include <string>
 #include <string_view>
@@ -82,6 +82,15 @@ public:
     // Thread-safe: runs `work` on the world's thread at its next step.
     void post(std::function<void()> work);
 
+    // Descriptors watched on the world's thread (the gateway's sockets); the
+    // callback runs between process runs, like posted work.
+    void watchFd(int fd, short events, EventLoop::FdCallback onReady) { m_events.watch(fd, events, std::move(onReady)); }
+    void setFdEvents(int fd, short events) { m_events.setEvents(fd, events); }
+    void unwatchFd(int fd) { m_events.unwatch(fd); }
+    // Virtual and paced clocks: time does not move past the ceiling while one
+    // is set (outside clients that step time hold it).
+    void setTimeCeiling(std::optional<std::uint64_t> ceiling) { m_timeCeiling = ceiling; }
+
     Clock& clock() { return m_clock; }
     std::uint64_t now() const { return m_clock.now(); }
 
@@ -122,7 +131,6 @@ private:
     // Scheduling.
     void schedule(std::uint64_t limit, bool stopWhenIdle);
     bool waitForWork(std::uint64_t limit, bool stopWhenIdle);
-    void runPosted();
     void fireDueTimeouts();
     void resumeProcess(Process& process);
     void makeReady(Process& process);
@@ -164,10 +172,9 @@ private:
     bool m_inDestructor = false;
     bool m_retryingHunts = false;
 
-    std::mutex m_postMutex;
-    std::condition_variable m_postCondition;
-    std::vector<std::function<void()>> m_posted;
-    bool m_postedStop = false;
+    EventLoop m_events;
+    std::optional<std::uint64_t> m_timeCeiling;
+    unsigned m_stepsSincePoll = 0;
 };
 
 } // namespace ose

@@ -1,0 +1,84 @@
+#include "app/NodeOptions.h"
+
+#include <charconv>
+
+namespace app {
+
+const char* nodeUsage()
+{
+    return "Usage: ssc-node [options]\n"
+           "Runs one node of the support system control with its gateway socket.\n"
+           "\n"
+           "  --data-dir DIR        the node's data directory (default: ssc-data); made if missing\n"
+           "  --socket PATH         gateway socket for outside programs (default: DIR/ssc.sock)\n"
+           "  --node NAME           name of the node (default: node0)\n"
+           "  --clock MODE          real | virtual | paced:N (default: real)\n"
+           "  --calendar-start T    calendar at the start of a virtual clock, YYYY-MM-DD[THH:MM] UTC\n"
+           "  --trace SPEC          trace groups and levels, e.g. '*:1,demo:7' (default: $SSC_TRACE)\n"
+           "  --trace-file PATH     write the trace to PATH instead of stderr\n"
+           "  --demo                start the kernel demonstration processes (echo, pinger, ticker)\n"
+           "  --run-for MS          stop after MS of world time\n"
+           "  --help                this text\n"
+           "  --version             the program's version\n"
+           "\n"
+           "SIGINT or SIGTERM stops the node cleanly. Exit codes: 0 stopped, 2 bad command line,\n"
+           "3 the node could not start.\n";
+}
+
+namespace {
+
+bool parseNumber(const std::string& text, std::uint64_t& value)
+{
+    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc() && end == text.data() + text.size();
+}
+
+} // namespace
+
+bool parseNodeOptions(const std::vector<std::string>& args, NodeOptions& options, std::string& error)
+{
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        auto value = [&](std::string& out) {
+            if (i + 1 >= args.size()) {
+                error = arg + " needs a value";
+                return false;
+            }
+            out = args[++i];
+            return true;
+        };
+        std::string text;
+        if (arg == "--help" || arg == "-h") options.help = true;
+        else if (arg == "--version") options.version = true;
+        else if (arg == "--demo") options.demo = true;
+        else if (arg == "--data-dir") { if (!value(options.dataDir)) return false; }
+        else if (arg == "--socket") { if (!value(options.socketPath)) return false; }
+        else if (arg == "--node") { if (!value(options.nodeName)) return false; }
+        else if (arg == "--trace") { if (!value(options.trace)) return false; }
+        else if (arg == "--trace-file") { if (!value(options.traceFile)) return false; }
+        else if (arg == "--clock") {
+            if (!value(text) || !ose::ClockConfig::parseMode(text, options.clock, &error)) return false;
+        } else if (arg == "--calendar-start") {
+            if (!value(text) || !ose::ClockConfig::parseCalendarStart(text, options.clock, &error)) return false;
+        } else if (arg == "--run-for") {
+            std::uint64_t ms = 0;
+            if (!value(text)) return false;
+            if (!parseNumber(text, ms)) {
+                error = "--run-for needs a number of milliseconds, not '" + text + "'";
+                return false;
+            }
+            options.runForMs = ms;
+        } else {
+            error = "unknown option '" + arg + "' (see --help)";
+            return false;
+        }
+    }
+    if (options.nodeName.empty() || options.dataDir.empty()) {
+        error = "the node name and the data directory must not be empty";
+        return false;
+    }
+    if (options.socketPath.empty()) options.socketPath = options.dataDir + "/ssc.sock";
+    return true;
+}
+
+} // namespace app

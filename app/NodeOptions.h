@@ -1,0 +1,30 @@
+#pragma once
+// Command line of ssc-node.
+
+#include "ose/Clock.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace app {
+
+struct NodeOptions {
+    std::string dataDir = "ssc-data";
+    std::string socketPath;     // empty: <dataDir>/ssc.sock
+    std::string nodeName = "node0";
+    ose::ClockConfig clock{ose::ClockMode::Real};
+    std::string trace;          // empty: $SSC_TRACE
+    std::string traceFile;
+    bool demo = false;
+    std::optional<std::uint64_t> runForMs;
+    bool help = false;
+    bool version = false;
+};
+
+// False with a message in *error for a command line that makes no sense.
+bool parseNodeOptions(const std::vector<std::string>& args, NodeOptions& options, std::string& error);
+const char* nodeUsage();
+
+} // namespace app

@@ -1,0 +1,39 @@
+#include "app/NodeOptions.h"
+
+#include <gtest/gtest.h>
+
+namespace app {
+namespace {
+
+TEST(NodeOptionsTest, DefaultsPutTheSocketInTheDataDirectory)
+{
+    NodeOptions options;
+    std::string error;
+    ASSERT_TRUE(parseNodeOptions({"--data-dir", "/var/ssc", "--clock", "paced:10", "--demo"}, options, error));
+    EXPECT_EQ(options.socketPath, "/var/ssc/ssc.sock");
+    EXPECT_EQ(options.clock.mode, ose::ClockMode::Paced);
+    EXPECT_TRUE(options.demo);
+    EXPECT_EQ(options.clock.calendarStartMs, ose::ClockConfig{}.calendarStartMs);
+}
+
+TEST(NodeOptionsTest, MistakesAreNamedInPlainWords)
+{
+    struct Case {
+        std::vector<std::string> args;
+        const char* expected;
+    };
+    for (const Case& c : {Case{{"--clock", "fast"}, "real, virtual or paced:N"},
+                          Case{{"--socket"}, "--socket needs a value"},
+                          Case{{"--run-for", "soon"}, "--run-for needs a number"},
+                          Case{{"--frobnicate"}, "unknown option '--frobnicate'"},
+                          Case{{"--calendar-start", "yesterday"}, "YYYY-MM-DD"},
+                          Case{{"--node", ""}, "must not be empty"}}) {
+        NodeOptions options;
+        std::string error;
+        EXPECT_FALSE(parseNodeOptions(c.args, options, error)) << c.args[0];
+        EXPECT_NE(error.find(c.expected), std::string::npos) << error;
+    }
+}
+
+} // namespace
+} // namespace app

@@ -1,0 +1,292 @@
+#include "app/SscctlCommand.h"
+
+#include "ose/BigEndian.h"
+#include "ose/Clock.h"
+#include "ose/GatewayClient.h"
+
+#include <cctype>
+#include <charconv>
+#include <cstdio>
+#include <cstdlib>
+#include <ostream>
+
+namespace app {
+
+const char* sscctlUsage()
+{
+    return "Usage: sscctl [--socket PATH] [--name NAME] COMMAND [ARGS]\n"
+           "Talks to a running ssc-node through its gateway socket.\n"
+           "\n"
+           "Commands:\n"
+           "  hunt NAME [--wait MS]            print the pid of NAME; --wait MS of world time for it to appear\n"
+           "  send NAME|PID SIGNO [HEX] [--reply MS]\n"
+           "                                   send a signal (number, then HEX bytes); --reply waits MS (wall)\n"
+           "                                   for one answer and prints it\n"
+           "  recv [--publish NAME] [--timeout MS] [--count N]\n"
+           "                                   print N signals sent to this client (or to NAME), waiting MS (wall)\n"
+           "  time                             print world time, calendar and clock mode\n"
+           "  advance MS                       let a virtual clock move on by MS and wait until it has\n"
+           "  trace SPEC                       change trace groups and levels, e.g. 'demo:7,gateway:1-6'\n"
+           "\n"
+           "Options:\n"
+           "  --socket PATH   the node's gateway socket (default: $SSC_SOCKET, else ssc-data/ssc.sock)\n"
+           "  --name NAME     the name this client takes in the node (default: sscctl)\n"
+           "\n"
+           "Exit codes: 0 done, 1 not found, nothing received or refused by the node, 2 bad command\n"
+           "line, 3 the node cannot be reached.\n";
+}
+
+bool parseUnsigned(const std::string& text, std::uint64_t& value)
+{
+    int base = 10;
+    std::size_t start = 0;
+    if (text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X')) {
+        base = 16;
+        start = 2;
+    }
+    auto [end, error] = std::from_chars(text.data() + start, text.data() + text.size(), value, base);
+    return !text.empty() && error == std::errc() && end == text.data() + text.size();
+}
+
+bool parseHexBytes(const std::string& text, std::string& bytes)
+{
+    std::string digits;
+    for (char c : text) {
+        if (c == ':' || c == '_' || c == ' ') continue;
+        if (!std::isxdigit(static_cast<unsigned char>(c))) return false;
+        digits += c;
+    }
+    if (digits.size() % 2 != 0) return false;
+    bytes.clear();
+    for (std::size_t i = 0; i < digits.size(); i += 2)
+        bytes += static_cast<char>(std::strtoul(digits.substr(i, 2).c_str(), nullptr, 16));
+    return true;
+}
+
+namespace {
+
+struct ArgReader {
+    const std::vector<std::string>& args;
+    std::size_t i = 0;
+    std::string& error;
+
+    bool more() const { return i < args.size(); }
+    bool take(std::string& out, const std::string& what)
+    {
+        if (i >= args.size()) {
+            error = what + " is missing";
+            return false;
+        }
+        out = args[i++];
+        return true;
+    }
+    template <typename T>
+    bool number(T& out, const std::string& what)
+    {
+        std::string text;
+        std::uint64_t value = 0;
+        if (!take(text, what)) return false;
+        if (!parseUnsigned(text, value) || value > static_cast<std::uint64_t>(static_cast<T>(~T{0}))) {
+            error = what + " must be a number, not '" + text + "'";
+            return false;
+        }
+        out = static_cast<T>(value);
+        return true;
+    }
+};
+
+bool parseVerbArgs(ArgReader& in, SscctlCommand& command)
+{
+    using Verb = SscctlCommand::Verb;
+    std::string text;
+    switch (command.verb) {
+    case Verb::Hunt: if (!in.take(command.target, "the name to hunt")) return false; break;
+    case Verb::Send: {
+        if (!in.take(command.target, "the name or pid to send to") || !in.number(command.sigNo, "the signal number"))
+            return false;
+        if (in.more() && !in.args[in.i].starts_with("--")) {
+            in.take(text, "");
+            if (!parseHexBytes(text, command.payload)) {
+                in.error = "the signal's bytes must be hex digits in pairs, not '" + text + "'";
+                return false;
+            }
+        }
+        break;
+    }
+    case Verb::Advance: if (!in.number(command.advanceMs, "the milliseconds to advance")) return false; break;
+    case Verb::Trace: if (!in.take(command.traceSpec, "the trace configuration")) return false; break;
+    default: break;
+    }
+    while (in.more()) {
+        std::string option = in.args[in.i++];
+        std::uint32_t value = 0;
+        if (option == "--wait" && command.verb == Verb::Hunt) { if (!in.number(command.waitMs, "--wait")) return false; }
+        else if (option == "--reply" && command.verb == Verb::Send) {
+            if (!in.number(value, "--reply")) return false;
+            command.replyMs = value;
+        } else if (option == "--timeout" && command.verb == Verb::Recv) { if (!in.number(command.timeoutMs, "--timeout")) return false; }
+        else if (option == "--count" && command.verb == Verb::Recv) { if (!in.number(command.count, "--count")) return false; }
+        else if (option == "--publish" && command.verb == Verb::Recv) { if (!in.take(command.publishName, "--publish")) return false; }
+        else {
+            in.error = "unexpected '" + option + "' (see --help)";
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+bool parseSscctl(const std::vector<std::string>& args, SscctlCommand& command, std::string& error)
+{
+    using Verb = SscctlCommand::Verb;
+    ArgReader in{args, 0, error};
+    const char* fromEnvironment = std::getenv("SSC_SOCKET");
+    command.socketPath = fromEnvironment != nullptr ? fromEnvironment : "ssc-data/ssc.sock";
+    std::string word;
+    while (in.more() && args[in.i].starts_with("-")) {
+        std::string option = args[in.i++];
+        if (option == "--help" || option == "-h") { command.verb = Verb::Help; return true; }
+        if (option == "--socket") { if (!in.take(command.socketPath, "--socket")) return false; }
+        else if (option == "--name") { if (!in.take(command.clientName, "--name")) return false; }
+        else {
+            error = "unknown option '" + option + "' (see --help)";
+            return false;
+        }
+    }
+    if (!in.take(word, "a command")) return false;
+    static const std::pair<const char*, Verb> verbs[] = {{"hunt", Verb::Hunt}, {"send", Verb::Send},
+                                                          {"recv", Verb::Recv}, {"time", Verb::Time},
+                                                          {"advance", Verb::Advance}, {"trace", Verb::Trace},
+                                                          {"help", Verb::Help}};
+    for (auto [name, verb] : verbs)
+        if (word == name) {
+            command.verb = verb;
+            return parseVerbArgs(in, command);
+        }
+    error = "unknown command '" + word + "' (see --help)";
+    return false;
+}
+
+namespace {
+
+void printSignal(const ose::GatewayEvent& event, std::ostream& out)
+{
+    if (event.kind == ose::GatewayEvent::Kind::Died) {
+        out << "died pid=0x" << std::hex << event.pid << std::dec << "\n";
+        return;
+    }
+    char head[96];
+    std::snprintf(head, sizeof head, "signal 0x%x (%u) from 0x%x size %zu:", event.sigNo(), event.sigNo(),
+                  event.sender, event.bytes.size());
+    out << head;
+    for (std::size_t i = 4; i < event.bytes.size(); ++i) {
+        char byte[4];
+        std::snprintf(byte, sizeof byte, " %02x", static_cast<unsigned char>(event.bytes[i]));
+        out << byte;
+    }
+    out << "\n";
+}
+
+// A pid given as a number, or the pid of a name found now.
+std::optional<ose::PROCESS> resolveTarget(ose::GatewayClient& client, const std::string& target, std::ostream& err)
+{
+    std::uint64_t pid = 0;
+    if (parseUnsigned(target, pid) && pid <= 0xFFFFFFFFu) return static_cast<ose::PROCESS>(pid);
+    auto found = client.hunt(target, 0);
+    if (!found || *found == 0) {
+        err << "sscctl: no process named '" << target << "' in the node\n";
+        return std::nullopt;
+    }
+    return *found;
+}
+
+int runVerb(const SscctlCommand& command, ose::GatewayClient& client, std::ostream& out, std::ostream& err)
+{
+    using Verb = SscctlCommand::Verb;
+    switch (command.verb) {
+    case Verb::Hunt: {
+        auto pid = client.hunt(command.target, command.waitMs);
+        if (!pid) break;
+        if (*pid == 0) {
+            err << "sscctl: '" << command.target << "' not found\n";
+            return kNotFound;
+        }
+        out << "0x" << std::hex << *pid << std::dec << "\n";
+        return kDone;
+    }
+    case Verb::Send: {
+        auto pid = resolveTarget(client, command.target, err);
+        if (!pid) return kNotFound;
+        std::string bytes(4, '\0');
+        ose::storeBe32(bytes.data(), command.sigNo);
+        if (!client.send(*pid, bytes + command.payload)) break;
+        if (!command.replyMs) return kDone;
+        auto event = client.next(std::chrono::milliseconds(*command.replyMs));
+        if (!event) {
+            err << "sscctl: no answer within " << *command.replyMs << " ms\n";
+            return kNotFound;
+        }
+        printSignal(*event, out);
+        return kDone;
+    }
+    case Verb::Recv: {
+        if (!command.publishName.empty() && !client.publish(command.publishName)) break;
+        for (std::uint32_t n = 0; n < command.count; ++n) {
+            auto event = client.next(std::chrono::milliseconds(command.timeoutMs));
+            if (!event) {
+                if (!client.isConnected()) break;
+                err << "sscctl: nothing received within " << command.timeoutMs << " ms\n";
+                return kNotFound;
+            }
+            printSignal(*event, out);
+        }
+        if (!client.isConnected()) break;
+        return kDone;
+    }
+    case Verb::Time: {
+        auto time = client.time();
+        if (!time) break;
+        static const char* const modes[] = {"real", "virtual", "paced"};
+        auto calendar = ose::Clock::toCalendar(time->calendarMs);
+        char text[128];
+        std::snprintf(text, sizeof text, "world time %llu ms, calendar %04d-%02d-%02d %02d:%02d:%02d UTC, clock %s\n",
+                      static_cast<unsigned long long>(time->nowMs), calendar.year, calendar.month, calendar.day,
+                      calendar.hour, calendar.minute, calendar.second, modes[time->clockMode % 3]);
+        out << text;
+        return kDone;
+    }
+    case Verb::Advance: {
+        auto now = client.advanceBy(command.advanceMs);
+        if (!now) break;
+        out << "world time " << *now << " ms\n";
+        return kDone;
+    }
+    case Verb::Trace:
+        if (!client.trace(command.traceSpec)) break;
+        return kDone;
+    case Verb::Help:
+        out << sscctlUsage();
+        return kDone;
+    }
+    err << "sscctl: " << client.lastError() << "\n";
+    return client.isConnected() ? kNotFound : kNoNode;
+}
+
+} // namespace
+
+int runSscctl(const SscctlCommand& command, std::ostream& out, std::ostream& err)
+{
+    if (command.verb == SscctlCommand::Verb::Help) {
+        out << sscctlUsage();
+        return kDone;
+    }
+    ose::GatewayClient client;
+    if (!client.connect(command.socketPath, command.clientName)) {
+        err << "sscctl: " << client.lastError() << "\n";
+        return kNoNode;
+    }
+    return runVerb(command, client, out, err);
+}
+
+} // namespace app

@@ -1,0 +1,71 @@
+#include "app/SscctlCommand.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace app {
+namespace {
+
+TEST(SscctlCommandTest, SendTakesANameOrPidANumberAndHexBytes)
+{
+    SscctlCommand command;
+    std::string error;
+    ASSERT_TRUE(parseSscctl({"--socket", "/tmp/s", "send", "echo", "0x1705011", "00:00:00:2a", "--reply", "500"},
+                            command, error))
+        << error;
+    EXPECT_EQ(command.verb, SscctlCommand::Verb::Send);
+    EXPECT_EQ(command.socketPath, "/tmp/s");
+    EXPECT_EQ(command.target, "echo");
+    EXPECT_EQ(command.sigNo, 0x1705011u);
+    EXPECT_EQ(command.payload, std::string("\0\0\0\x2a", 4));
+    EXPECT_EQ(command.replyMs, 500u);
+}
+
+TEST(SscctlCommandTest, BadCommandLinesAreRefusedWithAReason)
+{
+    struct Case {
+        std::vector<std::string> args;
+        const char* expected;
+    };
+    for (const Case& c : {Case{{}, "a command is missing"},
+                          Case{{"launch"}, "unknown command 'launch'"},
+                          Case{{"send", "echo"}, "the signal number is missing"},
+                          Case{{"send", "echo", "12", "abc"}, "hex digits in pairs"},
+                          Case{{"send", "echo", "99999999999"}, "must be a number"},
+                          Case{{"hunt", "x", "--reply", "5"}, "unexpected '--reply'"},
+                          Case{{"advance", "-5"}, "must be a number"}}) {
+        SscctlCommand command;
+        std::string error;
+        EXPECT_FALSE(parseSscctl(c.args, command, error));
+        EXPECT_NE(error.find(c.expected), std::string::npos) << error;
+    }
+}
+
+TEST(SscctlCommandTest, AnUnreachableNodeGivesExitCodeThree)
+{
+    SscctlCommand command;
+    std::string error;
+    ASSERT_TRUE(parseSscctl({"--socket", "/nonexistent/ssc.sock", "time"}, command, error));
+    std::ostringstream out;
+    std::ostringstream err;
+    EXPECT_EQ(runSscctl(command, out, err), kNoNode);
+    EXPECT_NE(err.str().find("cannot connect to the node"), std::string::npos);
+}
+
+TEST(SscctlCommandTest, NumbersAndHexBytes)
+{
+    std::uint64_t value = 0;
+    EXPECT_TRUE(parseUnsigned("0x1F", value));
+    EXPECT_EQ(value, 31u);
+    EXPECT_FALSE(parseUnsigned("", value));
+    EXPECT_FALSE(parseUnsigned("0x", value));
+    EXPECT_FALSE(parseUnsigned("12a", value));
+    std::string bytes;
+    EXPECT_TRUE(parseHexBytes("de ad_be:ef", bytes));
+    EXPECT_EQ(bytes, "\xde\xad\xbe\xef");
+    EXPECT_FALSE(parseHexBytes("abc", bytes));
+}
+
+} // namespace
+} // namespace app

@@ -1,0 +1,116 @@
+// ssc-node: one node of the support system control, with its gateway for
+// outside programs.
+
+#include "app/DemoProcesses.h"
+#include "app/NodeOptions.h"
+#include "ose/Gateway.h"
+#include "ose/Trace.h"
+#include "ose/World.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <pthread.h>
+#include <thread>
+
+namespace {
+
+constexpr const char* kVersion = "ssc-node 0.1";
+
+// SIGINT and SIGTERM are taken by a thread of their own, which asks the world
+// to stop; nothing runs in a signal handler.
+class StopOnSignals {
+public:
+    explicit StopOnSignals(ose::World& world) : m_world(world)
+    {
+        sigset_t set = signals();
+        pthread_sigmask(SIG_BLOCK, &set, nullptr);
+        m_thread = std::thread([this] {
+            sigset_t wanted = signals();
+            int number = 0;
+            sigwait(&wanted, &number);
+            if (number != SIGUSR2) m_world.stop();
+        });
+    }
+    ~StopOnSignals()
+    {
+        pthread_kill(m_thread.native_handle(), SIGUSR2);
+        m_thread.join();
+    }
+    StopOnSignals(const StopOnSignals&) = delete;
+    StopOnSignals& operator=(const StopOnSignals&) = delete;
+
+private:
+    static sigset_t signals()
+    {
+        sigset_t set;
+        sigemptyset(&set);
+        sigaddset(&set, SIGINT);
+        sigaddset(&set, SIGTERM);
+        sigaddset(&set, SIGUSR2); // wakes the thread when the node ends by itself
+        return set;
+    }
+
+    ose::World& m_world;
+    std::thread m_thread;
+};
+
+bool setUpTrace(const app::NodeOptions& options)
+{
+    std::string error;
+    const char* fromEnvironment = std::getenv("SSC_TRACE");
+    std::string config = !options.trace.empty() ? options.trace : (fromEnvironment ? fromEnvironment : "");
+    if (!config.empty() && !ose::Trace::configure(config, &error)) {
+        std::fprintf(stderr, "ssc-node: %s\n", error.c_str());
+        return false;
+    }
+    if (!options.traceFile.empty() && !ose::Trace::setOutputFile(options.traceFile, &error)) {
+        std::fprintf(stderr, "ssc-node: %s\n", error.c_str());
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    app::NodeOptions options;
+    std::string error;
+    if (!app::parseNodeOptions({argv + 1, argv + argc}, options, error)) {
+        std::fprintf(stderr, "ssc-node: %s\n", error.c_str());
+        return 2;
+    }
+    if (options.help) {
+        std::fputs(app::nodeUsage(), stdout);
+        return 0;
+    }
+    if (options.version) {
+        std::puts(kVersion);
+        return 0;
+    }
+    if (!setUpTrace(options)) return 2;
+    std::error_code fsError;
+    std::filesystem::create_directories(options.dataDir, fsError);
+    if (fsError) {
+        std::fprintf(stderr, "ssc-node: cannot make the data directory %s: %s\n", options.dataDir.c_str(),
+                     fsError.message().c_str());
+        return 3;
+    }
+
+    ose::World world(options.clock);
+    ose::Node& node = world.addNode(options.nodeName);
+    ose::Gateway gateway(world, node, options.socketPath);
+    if (!gateway.start(&error)) {
+        std::fprintf(stderr, "ssc-node: %s\n", error.c_str());
+        return 3;
+    }
+    if (options.demo) demo::startDemoProcesses(world, node);
+    {
+        StopOnSignals stopOnSignals(world);
+        if (options.runForMs) world.runFor(*options.runForMs);
+        else world.run();
+    }
+    return 0;
+}

@@ -1,0 +1,275 @@
+// The gateway from outside: ssc-node runs as its own process and the tests
+// reach it only through its socket.
+
+#include "app/DemoSignals.h"
+#include "ose/GatewayClient.h"
+#include "tests/system/NodeProcess.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace systemtest {
+namespace {
+
+using namespace std::chrono_literals;
+using ose::GatewayClient;
+using ose::GatewayEvent;
+
+std::string signalBytes(std::uint32_t sigNo, const std::string& rest = {})
+{
+    std::string bytes(4, '\0');
+    ose::storeBe32(bytes.data(), sigNo);
+    return bytes + rest;
+}
+
+std::string be32(std::uint32_t value)
+{
+    std::string bytes(4, '\0');
+    ose::storeBe32(bytes.data(), value);
+    return bytes;
+}
+
+class GatewaySystemTest : public ::testing::Test {
+protected:
+    NodeProcess m_node{{"--clock", "virtual", "--demo"}};
+};
+
+TEST_F(GatewaySystemTest, HuntFindsInsideProcessesAndWaitsForNamesThatAppear)
+{
+    GatewayClient client;
+    ASSERT_TRUE(client.connect(m_node.socketPath(), "tester")) << client.lastError();
+    EXPECT_NE(client.pid(), 0u);
+    auto echo = client.hunt("echo");
+    ASSERT_TRUE(echo);
+    EXPECT_NE(*echo, 0u);
+    EXPECT_EQ(client.hunt("nobody"), std::optional<ose::PROCESS>(0));
+
+    GatewayClient later;
+    ASSERT_TRUE(later.connect(m_node.socketPath(), "later"));
+    // The hunter waits in the node; the name appears when "later" publishes it.
+    GatewayClient hunter;
+    ASSERT_TRUE(hunter.connect(m_node.socketPath(), "hunter"));
+    std::thread publisher([&] { later.publish("A4ciServer"); });
+    auto found = hunter.hunt("A4ciServer", ose::gateway::kWaitForever);
+    publisher.join();
+    ASSERT_TRUE(found);
+    EXPECT_EQ(*found, later.pid());
+}
+
+TEST_F(GatewaySystemTest, SignalsMakeARoundTripThroughAProcessInside)
+{
+    GatewayClient client;
+    ASSERT_TRUE(client.connect(m_node.socketPath(), "pinger"));
+    auto echo = client.hunt("echo");
+    ASSERT_TRUE(echo && *echo != 0);
+    for (std::uint32_t i = 0; i < 20; ++i) {
+        ASSERT_TRUE(client.send(*echo, signalBytes(0x1234, be32(i))));
+        auto event = client.next(5s);
+        ASSERT_TRUE(event);
+        EXPECT_EQ(event->kind, GatewayEvent::Kind::Signal);
+        EXPECT_EQ(event->sigNo(), 0x1234u);
+        EXPECT_EQ(event->sender, *echo);
+        EXPECT_EQ(event->addressee, client.pid());
+        EXPECT_EQ(event->bytes.substr(4), be32(i));
+    }
+}
+
+TEST_F(GatewaySystemTest, AttachFiresWhenAProcessInsideIsKilledAndWhenAClientLeaves)
+{
+    GatewayClient watcher;
+    ASSERT_TRUE(watcher.connect(m_node.socketPath(), "watcher"));
+    auto echo = watcher.hunt("echo");
+    ASSERT_TRUE(echo && *echo != 0);
+    auto ref = watcher.attach(*echo);
+    ASSERT_TRUE(ref);
+    ASSERT_TRUE(watcher.send(*echo, signalBytes(demo::DEMO_DIE_REQ)));
+    auto died = watcher.next(5s);
+    ASSERT_TRUE(died);
+    EXPECT_EQ(died->kind, GatewayEvent::Kind::Died);
+    EXPECT_EQ(died->pid, *echo);
+    EXPECT_EQ(died->attachRef, *ref);
+
+    auto leaver = std::make_unique<GatewayClient>();
+    ASSERT_TRUE(leaver->connect(m_node.socketPath(), "leaver"));
+    ose::PROCESS leaverPid = leaver->pid();
+    ASSERT_TRUE(watcher.attach(leaverPid));
+    leaver.reset(); // disconnecting is dying
+    auto gone = watcher.next(5s);
+    ASSERT_TRUE(gone);
+    EXPECT_EQ(gone->kind, GatewayEvent::Kind::Died);
+    EXPECT_EQ(gone->pid, leaverPid);
+
+    auto already = watcher.attach(leaverPid); // dead already: fires at once
+    ASSERT_TRUE(already);
+    auto atOnce = watcher.next(5s);
+    ASSERT_TRUE(atOnce);
+    EXPECT_EQ(atOnce->attachRef, *already);
+}
+
+TEST_F(GatewaySystemTest, APublishedOutsideNameIsFoundByAProcessInside)
+{
+    GatewayClient client;
+    ASSERT_TRUE(client.connect(m_node.socketPath(), "client"));
+    auto echo = client.hunt("echo");
+    ASSERT_TRUE(echo && *echo != 0);
+    std::string name(64, '\0');
+    std::memcpy(name.data(), "HBX_0", 5);
+    ASSERT_TRUE(client.send(*echo, signalBytes(demo::DEMO_HUNT_REQ, name)));
+    EXPECT_FALSE(client.next(100ms)) << "nobody carries the name yet";
+
+    GatewayClient server;
+    ASSERT_TRUE(server.connect(m_node.socketPath(), "link-server"));
+    ASSERT_TRUE(server.publish("HBX_0"));
+    auto cfm = client.next(5s);
+    ASSERT_TRUE(cfm);
+    EXPECT_EQ(cfm->sigNo(), demo::DEMO_HUNT_CFM);
+    EXPECT_EQ(ose::loadBe32(cfm->bytes.data() + 4), server.pid());
+}
+
+TEST_F(GatewaySystemTest, VirtualTimeHeldFromOutsideFiresATimeoutAtTheRightInstant)
+{
+    GatewayClient client;
+    ASSERT_TRUE(client.connect(m_node.socketPath(), "stepper", true));
+    auto start = client.time();
+    ASSERT_TRUE(start);
+    EXPECT_EQ(start->clockMode, 1u);
+    auto echo = client.hunt("echo");
+    ASSERT_TRUE(echo && *echo != 0);
+    ASSERT_TRUE(client.send(*echo, signalBytes(demo::DEMO_DELAY_REQ, be32(5000))));
+    auto sentAt = client.time();
+    ASSERT_TRUE(sentAt);
+
+    auto first = client.advanceTo(sentAt->nowMs + 4999);
+    ASSERT_TRUE(first);
+    EXPECT_EQ(*first, sentAt->nowMs + 4999);
+    EXPECT_FALSE(client.next(100ms)) << "the time-out is 1 ms away and the clock is held";
+
+    ASSERT_TRUE(client.advanceTo(sentAt->nowMs + 6000));
+    auto cfm = client.next(5s);
+    ASSERT_TRUE(cfm);
+    ASSERT_EQ(cfm->sigNo(), demo::DEMO_DELAY_CFM);
+    ASSERT_EQ(cfm->bytes.size(), sizeof(demo::DEMO_DELAY_CFM_S));
+    std::uint64_t firedAt = (std::uint64_t{ose::loadBe32(cfm->bytes.data() + 8)} << 32) |
+                            ose::loadBe32(cfm->bytes.data() + 12);
+    EXPECT_EQ(firedAt, sentAt->nowMs + 5000);
+    auto end = client.time();
+    ASSERT_TRUE(end);
+    EXPECT_EQ(end->nowMs, sentAt->nowMs + 6000) << "time stops where the client allowed";
+}
+
+// A raw connection that says what it likes.
+class RawConnection {
+public:
+    explicit RawConnection(const std::string& path)
+    {
+        m_fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+        connected = ::connect(m_fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+    }
+    ~RawConnection() { close(m_fd); }
+    void write(const std::string& bytes) { (void)::send(m_fd, bytes.data(), bytes.size(), MSG_NOSIGNAL); }
+    // True when the node closed the connection (after any answer it gave).
+    bool closedByNode()
+    {
+        timeval limit{10, 0};
+        setsockopt(m_fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+        char buffer[4096];
+        for (;;) {
+            ssize_t n = recv(m_fd, buffer, sizeof buffer, 0);
+            if (n == 0) return true;
+            if (n < 0) return false;
+        }
+    }
+    bool connected = false;
+
+private:
+    int m_fd = -1;
+};
+
+std::string frame(std::uint16_t type, const std::string& payload, std::uint32_t requestId = 1)
+{
+    return be32(static_cast<std::uint32_t>(8 + payload.size())) + be32(std::uint32_t{type} << 16) + be32(requestId) +
+           payload;
+}
+
+TEST_F(GatewaySystemTest, BadFramesCloseOnlyTheirOwnConnection)
+{
+    GatewayClient good;
+    ASSERT_TRUE(good.connect(m_node.socketPath(), "good"));
+    auto echo = good.hunt("echo");
+    ASSERT_TRUE(echo && *echo != 0);
+    auto stillServes = [&] {
+        EXPECT_TRUE(good.send(*echo, signalBytes(7)));
+        auto back = good.next(5s);
+        return back && back->sigNo() == 7u;
+    };
+
+    const std::string hello = frame(0x0001, be32(1) + be32(0) + "raw");
+    const std::vector<std::pair<std::string, std::string>> attacks = {
+        {"length 2^31", be32(0x80000000u) + std::string(8, 'x')},
+        {"length below the header", be32(3) + "abc"},
+        {"no hello first", frame(0x0002, be32(0) + "echo")},
+        {"unknown type", hello + frame(0x7777, "")},
+        {"hello of another version", frame(0x0001, be32(99) + be32(0) + "raw")},
+        {"hello without a name", frame(0x0001, be32(1) + be32(0))},
+        {"second hello", hello + hello},
+    };
+    for (const auto& [what, bytes] : attacks) {
+        RawConnection raw(m_node.socketPath());
+        ASSERT_TRUE(raw.connected);
+        raw.write(bytes);
+        EXPECT_TRUE(raw.closedByNode()) << what;
+        EXPECT_TRUE(stillServes()) << "after: " << what;
+    }
+    {
+        RawConnection shortSend(m_node.socketPath()); // refused, but the connection stays
+        shortSend.write(hello + frame(0x0003, be32(1) + "ab"));
+        EXPECT_TRUE(stillServes());
+    }
+
+    std::mt19937 random(20261123);
+    for (int round = 0; round < 20; ++round) {
+        RawConnection raw(m_node.socketPath());
+        std::string junk(1 + random() % 4096, '\0');
+        for (char& c : junk) c = static_cast<char>(random());
+        raw.write(junk);
+    } // and vanish, mostly in the middle of a frame
+    {
+        RawConnection raw(m_node.socketPath());
+        raw.write(hello + be32(1000) + std::string(10, 'x')); // a frame cut short
+    }
+    EXPECT_TRUE(stillServes()) << "after random bytes and clients vanishing mid-frame";
+}
+
+TEST_F(GatewaySystemTest, RequestsThatCannotBeDoneAreRefusedAndTheConnectionGoesOn)
+{
+    GatewayClient client;
+    ASSERT_TRUE(client.connect(m_node.socketPath(), "client"));
+    EXPECT_FALSE(client.publish("with/slash"));
+    EXPECT_FALSE(client.trace("nonsense"));
+    EXPECT_NE(client.lastError().find("GROUP:LEVELS"), std::string::npos);
+    EXPECT_FALSE(client.hunt(std::string(2000, 'n')));
+    EXPECT_TRUE(client.isConnected());
+    EXPECT_TRUE(client.trace("demo:7"));
+    auto echo = client.hunt("echo");
+    EXPECT_TRUE(echo && *echo != 0);
+}
+
+TEST(GatewayNodeTest, StopsCleanlyOnSigtermAndRemovesItsSocket)
+{
+    NodeProcess node({"--clock", "real"});
+    EXPECT_TRUE(node.isRunning());
+    std::string socket = node.socketPath();
+    EXPECT_EQ(node.stop(), 0);
+    EXPECT_NE(access(socket.c_str(), F_OK), 0);
+}
+
+} // namespace
+} // namespace systemtest
