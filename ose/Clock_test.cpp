@@ -83,5 +83,21 @@ TEST_F(CalendarInWorldTest, RunForMovesVirtualTimeExactlyEvenWhenIdle)
     EXPECT_EQ(ticks, 1234u);
 }
 
+TEST_F(CalendarInWorldTest, PacedClockKeepsTheOrderAndTheTimesOfVirtualTime)
+{
+    ClockConfig config;
+    ASSERT_TRUE(ClockConfig::parseMode("paced:1000000", config)); // a second of world time in a microsecond
+    m_world = std::make_unique<World>(config);
+    std::vector<std::uint64_t> wokeAt;
+    spawn("slow", [&] {
+        for (int i = 0; i < 4; ++i) {
+            delay(500);
+            wokeAt.push_back(get_time_ms());
+        }
+    });
+    world().runUntilIdle();
+    EXPECT_EQ(wokeAt, (std::vector<std::uint64_t>{500, 1000, 1500, 2000}));
+}
+
 } // namespace
 } // namespace ose::testing

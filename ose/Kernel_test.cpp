@@ -110,6 +110,24 @@ TEST_F(KernelTest, SenderAddresseeAndSizeDescribeTheSignal)
     world().runUntilIdle();
 }
 
+TEST_F(KernelTest, SendWithAGivenSenderKeepsThatSender)
+{
+    PROCESS stand = spawn("stand-in", [] { delay(100); });
+    PROCESS seen = 0;
+    PROCESS receiver = spawn("receiver", [&] {
+        Signal* s = receive(kAnySignal);
+        seen = sender(&s);
+        free_buf(&s);
+    });
+    spawn("forwarder", [&] {
+        Signal* s = word(1, 0);
+        send_w_s(&s, stand, receiver);
+        EXPECT_EQ(s, nullptr);
+    });
+    world().runUntilIdle();
+    EXPECT_EQ(seen, stand);
+}
+
 TEST_F(KernelTest, SignalCastRefusesASignalShorterThanItsLayout)
 {
     spawn("p", [&] {
