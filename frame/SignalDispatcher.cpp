@@ -1,0 +1,158 @@
+#include "frame/SignalDispatcher.h"
+
+#include "frame/EC_LinkedListIterator.h"
+#include "frame/OsService.h"
+#include "frame/SignalDispatcherClient.h"
+#include "frame/SscTrace.h"
+
+using namespace ssc_trace;
+
+namespace {
+
+// The trace has no data channel: the buffer's address and size follow the text.
+void traceSignal(unsigned level, ose::Signal* signal)
+{
+    if (!ose::Trace::enabled(swuGroup(), level)) return;
+    SSC_TRACE(swuGroup(), level, "SigNo: %d (%p, %u bytes)", static_cast<int>(ose::signalNumber(signal)),
+              static_cast<void*>(signal), static_cast<unsigned>(OsService::sigsize(signal)));
+}
+
+} // namespace
+
+SignalDispatcher::SignalDispatcher() : m_ownPid(OsService::currentProcess()) {}
+
+SignalDispatcher::~SignalDispatcher() = default;
+
+void SignalDispatcher::run()
+{
+    for (;;) receiveAndDispatch();
+}
+
+void SignalDispatcher::receiveAndDispatch()
+{
+    ose::Signal* signal = OsService::receive(ose::kAnySignal);
+    if (signal == nullptr) return;
+    traceSignal(kSignalReceived, signal);
+    dispatch(signal);
+}
+
+void SignalDispatcher::dispatch(ose::Signal* signal)
+{
+    if (signal == nullptr) return;
+    const ose::SIGSELECT sigNo = ose::signalNumber(signal);
+    bool received = false;
+    // An iterator, not the list's cursor: a handler may dispatch again
+    // (sendAndReceive to this process) or change the subscriptions.
+    EC_LinkedListIterator<SignalSubscribers> walk(m_dispatcherList);
+    while (SignalSubscribers* row = walk.next()) {
+        SignalDispatcherClient* client = row->client;
+        if (row->sigNo != sigNo || client == nullptr || row->clientRef != client->getClientRef()) continue;
+        received = true;
+        client->receiveSignal(signal);
+    }
+    if (!received) SSC_TRACE(swuGroup(), kFlow, "No receiver for signal:%d with OODB_Ref:%d", static_cast<int>(sigNo), 0);
+    OsService::free(&signal);
+}
+
+void SignalDispatcher::subscribeSignal(ose::SIGSELECT sigNo, SignalDispatcherClient* client, std::uint32_t clientRef)
+{
+    if (sigNo == 0 || client == nullptr || clientRef == 0) {
+        SSC_TRACE(swuGroup(), kFlow, "Invalid inparameters in subscribe signal");
+        return;
+    }
+    if (m_dispatcherList.find([&](const SignalSubscribers& row) { return row.sigNo == sigNo && row.client == client; }))
+        return;
+    m_dispatcherList.add({sigNo, clientRef, client});
+    SSC_TRACE(swuGroup(), kFlow, "Added subscribeSignal with sigNo:%d and clientRef:%d in DispatcherList",
+              static_cast<int>(sigNo), static_cast<int>(clientRef));
+}
+
+void SignalDispatcher::unsubscribeSignal(ose::SIGSELECT sigNo, SignalDispatcherClient* client)
+{
+    EC_LinkedListIterator<SignalSubscribers> walk(m_dispatcherList);
+    while (SignalSubscribers* row = walk.next()) {
+        if (row->sigNo != sigNo || row->client != client) continue;
+        SSC_TRACE(swuGroup(), kFlow, "Removed subscribeSignal with sigNo:%d and clientRef:%d in DispatcherList",
+                  static_cast<int>(row->sigNo), static_cast<int>(row->clientRef));
+        walk.removeCurrent();
+    }
+}
+
+ose::SIGSELECT SignalDispatcher::traceAndSend(ose::Signal* signal, ose::PROCESS pid)
+{
+    const ose::SIGSELECT sigNo = ose::signalNumber(signal);
+    traceSignal(kSignalSent, signal);
+    OsService::send(&signal, pid);
+    return sigNo;
+}
+
+void SignalDispatcher::sendSignal(ose::Signal* signal, ose::PROCESS pid)
+{
+    if (signal == nullptr || pid == 0) {
+        if (signal != nullptr) OsService::free(&signal);
+        SSC_TRACE(swuGroup(), kFlow, "sendSignal with invalid parameters");
+        return;
+    }
+    traceAndSend(signal, pid);
+}
+
+void SignalDispatcher::dispatchLocalDelivery(ose::PROCESS pid, ose::SIGSELECT sentSigNo, std::uint32_t timeoutMs)
+{
+    if (pid != m_ownPid) return;
+    if (ose::Signal* local = receiveWithTimeout(sentSigNo, timeoutMs)) dispatch(local);
+}
+
+ose::Signal* SignalDispatcher::sendAndReceive(ose::Signal* signal, ose::PROCESS pid, ose::SIGSELECT replySigNo,
+                                              std::uint32_t timeoutMs)
+{
+    if (signal == nullptr) {
+        SSC_TRACE(swuGroup(), kFlow, "Try to send signal = NIL");
+        return nullptr;
+    }
+    const ose::SIGSELECT sentSigNo = traceAndSend(signal, pid);
+    dispatchLocalDelivery(pid, sentSigNo, timeoutMs);
+    return receiveWithTimeout(replySigNo, timeoutMs);
+}
+
+ose::Signal* SignalDispatcher::sendAndReceive(ose::Signal* signal, ose::PROCESS pid, ose::SIGSELECT replySigNo1,
+                                              ose::SIGSELECT replySigNo2, std::uint32_t timeoutMs)
+{
+    if (signal == nullptr) {
+        SSC_TRACE(swuGroup(), kFlow, "Try to send signal = NIL");
+        return nullptr;
+    }
+    const ose::SIGSELECT sentSigNo = traceAndSend(signal, pid);
+    dispatchLocalDelivery(pid, sentSigNo, timeoutMs);
+    return receiveWithTimeout(replySigNo1, replySigNo2, timeoutMs);
+}
+
+ose::Signal* SignalDispatcher::receiveSelected(ose::Selector selector, std::uint32_t timeoutMs)
+{
+    ose::Signal* signal = OsService::receiveWithTimeout(selector, timeoutMs);
+    if (signal != nullptr) traceSignal(kSignalReceived, signal);
+    return signal;
+}
+
+ose::Signal* SignalDispatcher::receiveWithTimeout(ose::SIGSELECT sigNo, std::uint32_t timeoutMs)
+{
+    const ose::SIGSELECT selector[] = {1, sigNo};
+    return receiveSelected(selector, timeoutMs);
+}
+
+ose::Signal* SignalDispatcher::receiveWithTimeout(ose::SIGSELECT sigNo1, ose::SIGSELECT sigNo2, std::uint32_t timeoutMs)
+{
+    const ose::SIGSELECT selector[] = {2, sigNo1, sigNo2};
+    return receiveSelected(selector, timeoutMs);
+}
+
+ose::PROCESS SignalDispatcher::getSender(ose::Signal* signal)
+{
+    return signal != nullptr ? OsService::sender(signal) : 0;
+}
+
+std::uint32_t SignalDispatcher::newClientRef()
+{
+    const std::uint32_t clientRef = m_nextClientRef++;
+    if (m_nextClientRef == 0) m_nextClientRef = 1; // 0 means no reference
+    return clientRef;
+}

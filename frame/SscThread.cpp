@@ -1,0 +1,63 @@
+#include "frame/SscThread.h"
+
+#include "frame/HuntService.h"
+#include "frame/OsService.h"
+#include "frame/Ssc.h"
+#include "frame/SscTrace.h"
+#include "frame/TimerService.h"
+
+using namespace ssc_trace;
+
+namespace {
+
+// The services point at handlers of this process; when the process ends
+// (a restart of the load module) they must not point at what is gone.
+struct CoreServicesReset {
+    ~CoreServicesReset()
+    {
+        TimerService::setHandler(nullptr);
+        HuntService::setHandler(nullptr);
+        OsService::setHandler(nullptr);
+    }
+};
+
+} // namespace
+
+void sscThreadMain(SscPlatformIf& platform)
+{
+    // The handlers outlive the graph: objects that go away still stop their
+    // timers and kill their phantoms. Made in the order below all the same.
+    std::unique_ptr<OsHandler> osHandler;
+    std::unique_ptr<TimerHandler> timerHandler;
+    std::unique_ptr<HuntHandler> huntHandler;
+    CoreServicesReset servicesReset;
+
+    SSC_TRACE(swuGroup(), kFlow, "Starting SSC_THREAD");
+    Ssc ssc;
+
+    osHandler = platform.createOsHandler();
+    OsService::setHandler(osHandler.get());
+    SSC_TRACE(swuGroup(), kInfo, "Product info: %s %s", kSscProductNumber, kSscProductRevision);
+
+    ssc.setDispatcher(std::make_unique<SignalDispatcher>());
+
+    timerHandler = platform.createTimerHandler(ssc.getDispatcher());
+    TimerService::setHandler(timerHandler.get());
+
+    huntHandler = platform.createHuntHandler();
+    HuntService::setHandler(huntHandler.get());
+
+    // Here: the PP communication handler with the dispatcher, given to its
+    // service; then the EC bus link handler with the dispatcher, given to its
+    // service, which registers its signals and sets the link up.
+
+    // Here: EquipmentCtrlManager with ssc.
+
+    ssc.initialize();
+
+    // Here: make sure the HWU_Broker exists; the equipment manager fetches it.
+
+    ssc.createManagers();
+
+    ssc.getDispatcher()->run();
+}

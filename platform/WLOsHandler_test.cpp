@@ -1,0 +1,113 @@
+#include "platform/WLOsHandler.h"
+
+#include "frame/SSC_Server.h"
+#include "platform/WLHuntHandler.h"
+#include "platform/testSupport/CoreHarness.h"
+
+#include "ose/Kernel.h"
+#include "ose/TestWorld.h"
+
+namespace {
+
+using ose::testing::TestWorld;
+
+constexpr ose::SIGSELECT kPing = 0x1704601;
+constexpr ose::SIGSELECT kPong = 0x1704602;
+constexpr ose::SIGSELECT kStop = 0x1704603;
+
+// Answers a ping to its sender; a stop takes its phantom away.
+class PingServer : public SSC_Server {
+public:
+    explicit PingServer(SignalDispatcherIf* dispatcher) : SSC_Server(dispatcher) {}
+    ~PingServer() override { deregisterSignals(); }
+    const char* getProcessName() const override { return "ping_server"; }
+    const char* getServerName() const override { return "PingServer"; }
+    std::unique_ptr<SignalIterator> createSignalIterator() override { return makeSignalIterator(*this, kTable); }
+
+private:
+    void handlePing(ose::Signal* signal)
+    {
+        m_pDispatcher->sendSignal(ose::testing::word(kPong, ose::testing::valueOf(signal) + 1),
+                                  m_pDispatcher->getSender(signal));
+    }
+    void handleStop(ose::Signal*) { stopProcess(); }
+
+    static constexpr SignalTableRow<PingServer> kTable[] = {
+        {kPing, "PING", &PingServer::handlePing},
+        {kStop, "STOP", &PingServer::handleStop},
+    };
+};
+
+using WLOsHandlerTest = TestWorld;
+
+TEST_F(WLOsHandlerTest, AServersPhantomIsHuntedByNameAndItsSignalsReachTheCoreProcess)
+{
+    std::unique_ptr<PingServer> server;
+    ose::PROCESS core = spawn("SSC_THREAD", core_harness::coreBody([&](SignalDispatcher& dispatcher) {
+        server = std::make_unique<PingServer>(&dispatcher);
+        server->registerSignals();
+        server->startProcess();
+    }));
+    ose::PROCESS phantom = 0;
+    ose::PROCESS replier = 0;
+    std::uint32_t answer = 0;
+    bool foundAfterStop = true;
+    spawn("client", [&] {
+        ASSERT_TRUE(ose::hunt("ping_server", 0, &phantom, nullptr));
+        ose::Signal* ping = ose::testing::word(kPing, 41);
+        ose::send(&ping, phantom);
+        const ose::SIGSELECT pong[] = {1, kPong};
+        ose::Signal* reply = ose::receive_w_tmo(1000, pong);
+        ASSERT_NE(reply, nullptr);
+        replier = ose::sender(&reply);
+        answer = ose::testing::valueOf(reply);
+        ose::free_buf(&reply);
+        ose::Signal* stop = ose::testing::word(kStop, 0);
+        ose::send(&stop, phantom);
+        ose::delay(10);
+        ose::PROCESS again = 0;
+        foundAfterStop = ose::hunt("ping_server", 0, &again, nullptr);
+    });
+    world().runFor(2000);
+    EXPECT_NE(phantom, 0u);
+    EXPECT_NE(phantom, core);
+    EXPECT_EQ(replier, core);
+    EXPECT_EQ(answer, 42u);
+    EXPECT_FALSE(foundAfterStop);
+    EXPECT_EQ(server->getPid(), 0u);
+    // The server must go while its dispatcher lives: inside the world.
+    world().post([&] { server.reset(); });
+    world().runFor(1);
+}
+
+TEST_F(WLOsHandlerTest, HuntAndWaitGivesThePidOfAProcessThatAppearsInTimeAndZeroOtherwise)
+{
+    ose::PROCESS waited = 1;
+    ose::PROCESS timedOut = 1;
+    ose::PROCESS noWait = 1;
+    std::uint64_t doneAt = 0;
+    spawn("hunter", [&] {
+        WLHuntHandler hunter;
+        noWait = hunter.huntAndWait("late", ose::testing::word(0x500, 0), 0);
+        timedOut = hunter.huntAndWait("never", ose::testing::word(0x501, 0), 100);
+        waited = hunter.huntAndWait("late", ose::testing::word(0x502, 0), 1000);
+        doneAt = ose::get_time_ms();
+        // The first hunt for "late" is answered as well, as an ordinary signal.
+        const ose::SIGSELECT first[] = {1, 0x500};
+        ose::Signal* early = ose::receive_w_tmo(10, first);
+        EXPECT_NE(early, nullptr);
+        if (early != nullptr) ose::free_buf(&early);
+    });
+    spawn("creator", [&] {
+        ose::delay(300);
+        ose::PROCESS pid = ose::create_process(ose::ProcessType::Prioritized, "late", [] { ose::delay(10000); }, 0, 16);
+        ose::start(pid);
+    });
+    world().runFor(2000);
+    EXPECT_EQ(noWait, 0u);
+    EXPECT_EQ(timedOut, 0u);
+    EXPECT_NE(waited, 0u);
+    EXPECT_EQ(doneAt, 300u);
+}
+
+} // namespace
