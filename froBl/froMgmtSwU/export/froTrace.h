@@ -24,6 +24,12 @@ inline ose::TraceGroupId dbGroup()
     return id;
 }
 
+inline ose::TraceGroupId mgmtGroup()
+{
+    static const ose::TraceGroupId id = ose::Trace::registerGroup("supSysFroMgmtSwU");
+    return id;
+}
+
 // Levels of the object process.
 inline constexpr unsigned kError = 1;
 inline constexpr unsigned kInfo = 4;

@@ -22,6 +22,18 @@ int localTransactionServer::create_e(int, std::int32_t& transactionId, int)
     return 0;
 }
 
+int localTransactionServer::registerResource_e(std::int32_t, int, int)
+{
+    ++m_registerCount;
+    return 0;
+}
+
+int localTransactionServer::awaitRegisterRsp(std::int32_t, std::uint32_t& result)
+{
+    result = 0;
+    return 0;
+}
+
 std::int32_t localTransactionServer::newTransaction()
 {
     m_pending[m_nextId];

@@ -19,6 +19,10 @@ public:
 
     int serviceAttach_e() override;
     int create_e(int a, std::int32_t& transactionId, int b) override;
+    // Only counted: this server sends no signals.
+    int registerResource_e(std::int32_t transactionId, int a, int b) override;
+    // Answers at once: registered.
+    int awaitRegisterRsp(std::int32_t transactionId, std::uint32_t& result) override;
     int commit_e(std::int32_t transactionId, int b) override;
     int rollBack_e(std::int32_t transactionId, int b) override;
     void databaseUpdateSQL(std::int32_t transactionId, const std::string& statement) override;
@@ -27,6 +31,7 @@ public:
     const std::vector<std::string>& pending(std::int32_t transactionId) { return m_pending[transactionId]; }
     const std::string& lastError() const { return m_lastError; }
     int attachCount() const { return m_attachCount; }
+    int registerCount() const { return m_registerCount; }
 
     // The indication that the platform sends to a resource: number, a word,
     // the transaction id at offset 8, all big-endian.
@@ -39,5 +44,6 @@ private:
     std::map<std::int32_t, std::vector<std::string>> m_pending;
     std::int32_t m_nextId = 1;
     int m_attachCount = 0;
+    int m_registerCount = 0;
     std::string m_lastError;
 };
