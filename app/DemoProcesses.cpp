@@ -141,11 +141,11 @@ void ticker()
 
 PROCESS startOne(World& world, Node& node, const char* name, void (*body)(), OSPRIORITY priority)
 {
-    ProcessSpec spec;
-    spec.name = name;
-    spec.priority = priority;
-    spec.entry = body;
-    PROCESS pid = world.createProcess(node, spec);
+    ProcessSpec definition;
+    definition.name = name;
+    definition.priority = priority;
+    definition.entry = body;
+    PROCESS pid = world.createProcess(node, definition);
     world.start(pid);
     return pid;
 }

@@ -12,9 +12,11 @@ const char* nodeUsage()
            "  --data-dir DIR        the node's data directory (default: ssc-data); made if missing\n"
            "  --socket PATH         gateway socket for outside programs (default: DIR/ssc.sock)\n"
            "  --node NAME           name of the node (default: node0)\n"
+           "  --odbc CONNECTION     ODBC connection string of the node's database\n"
+           "                        (default: a SQLite file in the data directory)\n"
            "  --clock MODE          real | virtual | paced:N (default: real)\n"
            "  --calendar-start T    calendar at the start of a virtual clock, YYYY-MM-DD[THH:MM] UTC\n"
-           "  --trace SPEC          trace groups and levels, e.g. '*:1,demo:7' (default: $SSC_TRACE)\n"
+           "  --trace CONFIG        trace groups and levels, e.g. '*:1,demo:7' (default: $SSC_TRACE)\n"
            "  --trace-file PATH     write the trace to PATH instead of stderr\n"
            "  --demo                start the kernel demonstration processes (echo, pinger, ticker)\n"
            "  --run-for MS          stop after MS of world time\n"
@@ -56,6 +58,7 @@ bool parseNodeOptions(const std::vector<std::string>& args, NodeOptions& options
         else if (arg == "--node") { if (!value(options.nodeName)) return false; }
         else if (arg == "--trace") { if (!value(options.trace)) return false; }
         else if (arg == "--trace-file") { if (!value(options.traceFile)) return false; }
+        else if (arg == "--odbc") { if (!value(options.odbc)) return false; }
         else if (arg == "--clock") {
             if (!value(text) || !ose::ClockConfig::parseMode(text, options.clock, &error)) return false;
         } else if (arg == "--calendar-start") {

@@ -17,6 +17,7 @@ struct NodeOptions {
     ose::ClockConfig clock{ose::ClockMode::Real};
     std::string trace;          // empty: $SSC_TRACE
     std::string traceFile;
+    std::string odbc;           // ODBC connection string; empty: a SQLite file in dataDir
     bool demo = false;
     std::optional<std::uint64_t> runForMs;
     bool help = false;

@@ -26,7 +26,7 @@ const char* sscctlUsage()
            "                                   print N signals sent to this client (or to NAME), waiting MS (wall)\n"
            "  time                             print world time, calendar and clock mode\n"
            "  advance MS                       let a virtual clock move on by MS and wait until it has\n"
-           "  trace SPEC                       change trace groups and levels, e.g. 'demo:7,gateway:1-6'\n"
+           "  trace CONFIG                     change trace groups and levels, e.g. 'demo:7,gateway:1-6'\n"
            "\n"
            "Options:\n"
            "  --socket PATH   the node's gateway socket (default: $SSC_SOCKET, else ssc-data/ssc.sock)\n"

@@ -6,6 +6,9 @@
 #include "ose/Gateway.h"
 #include "ose/Trace.h"
 #include "ose/World.h"
+#include "platform/LoadModule.h"
+#include "platform/VantoDb.h"
+#include "vanto/VantoTransactionServer.h"
 
 #include <csignal>
 #include <cstdio>
@@ -106,6 +109,12 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "ssc-node: %s\n", error.c_str());
         return 3;
     }
+    // The node platform's servers first, then the load module's processes.
+    VantoDbConfig database;
+    database.connectionString =
+        options.odbc.empty() ? VantoDb_defaultConnectionString(options.dataDir) : options.odbc;
+    createTransactionServer(world, node, database);
+    createCoreProcess(world, node);
     if (options.demo) demo::startDemoProcesses(world, node);
     {
         StopOnSignals stopOnSignals(world);

@@ -73,44 +73,44 @@ const char* lengthText(Length length)
 
 // Parses one conversion after '%'; returns the position after it, or nullptr
 // when the text ends inside the conversion.
-const char* parseSpec(const char* p, ConversionSpec& spec, va_list& args)
+const char* parseSpec(const char* p, ConversionSpec& definition, va_list& args)
 {
     for (;; ++p) {
         char c = *p;
-        if (c == '\'') { spec.group = true; continue; }
-        if (c == '-') spec.leftAlign = true;
-        else if (c == '0') spec.zeroPad = true;
+        if (c == '\'') { definition.group = true; continue; }
+        if (c == '-') definition.leftAlign = true;
+        else if (c == '0') definition.zeroPad = true;
         else if (c != '+' && c != ' ' && c != '#') break;
-        spec.flags += c;
+        definition.flags += c;
     }
     if (*p == '*') {
-        spec.width = va_arg(args, int);
-        if (spec.width < 0) { spec.leftAlign = true; spec.flags += '-'; spec.width = -spec.width; }
+        definition.width = va_arg(args, int);
+        if (definition.width < 0) { definition.leftAlign = true; definition.flags += '-'; definition.width = -definition.width; }
         ++p;
     } else if (*p >= '0' && *p <= '9') {
-        spec.width = 0;
-        while (*p >= '0' && *p <= '9') spec.width = spec.width * 10 + (*p++ - '0');
+        definition.width = 0;
+        while (*p >= '0' && *p <= '9') definition.width = definition.width * 10 + (*p++ - '0');
     }
     if (*p == '.') {
         ++p;
-        spec.precision = 0;
+        definition.precision = 0;
         if (*p == '*') {
-            spec.precision = va_arg(args, int);
-            if (spec.precision < 0) spec.precision = -1; // negative means "not given"
+            definition.precision = va_arg(args, int);
+            if (definition.precision < 0) definition.precision = -1; // negative means "not given"
             ++p;
         } else {
-            while (*p >= '0' && *p <= '9') spec.precision = spec.precision * 10 + (*p++ - '0');
+            while (*p >= '0' && *p <= '9') definition.precision = definition.precision * 10 + (*p++ - '0');
         }
     }
-    if (*p == 'h') { ++p; spec.length = Length::h; if (*p == 'h') { ++p; spec.length = Length::hh; } }
-    else if (*p == 'l') { ++p; spec.length = Length::l; if (*p == 'l') { ++p; spec.length = Length::ll; } }
-    else if (*p == 'j') { ++p; spec.length = Length::j; }
-    else if (*p == 'z') { ++p; spec.length = Length::z; }
-    else if (*p == 't') { ++p; spec.length = Length::t; }
-    else if (*p == 'L') { ++p; spec.length = Length::L; }
+    if (*p == 'h') { ++p; definition.length = Length::h; if (*p == 'h') { ++p; definition.length = Length::hh; } }
+    else if (*p == 'l') { ++p; definition.length = Length::l; if (*p == 'l') { ++p; definition.length = Length::ll; } }
+    else if (*p == 'j') { ++p; definition.length = Length::j; }
+    else if (*p == 'z') { ++p; definition.length = Length::z; }
+    else if (*p == 't') { ++p; definition.length = Length::t; }
+    else if (*p == 'L') { ++p; definition.length = Length::L; }
     if (*p == '\0')
         return nullptr;
-    spec.conversion = *p;
+    definition.conversion = *p;
     return p + 1;
 }
 
@@ -133,24 +133,24 @@ std::string libcFormat(const char* fmt, ...)
 }
 
 // The conversion rebuilt for the C library, without the grouping flag.
-std::string libcSpec(const ConversionSpec& spec, char conversion, bool withLength = true)
+std::string libcSpec(const ConversionSpec& definition, char conversion, bool withLength = true)
 {
-    std::string f = "%" + spec.flags;
-    if (spec.width >= 0) f += std::to_string(spec.width);
-    if (spec.precision >= 0) f += "." + std::to_string(spec.precision);
-    if (withLength) f += lengthText(spec.length);
+    std::string f = "%" + definition.flags;
+    if (definition.width >= 0) f += std::to_string(definition.width);
+    if (definition.precision >= 0) f += "." + std::to_string(definition.precision);
+    if (withLength) f += lengthText(definition.length);
     f += conversion;
     return f;
 }
 
-std::string pad(std::string text, const ConversionSpec& spec, bool zeroAllowed)
+std::string pad(std::string text, const ConversionSpec& definition, bool zeroAllowed)
 {
-    if (spec.width < 0 || text.size() >= static_cast<std::size_t>(spec.width))
+    if (definition.width < 0 || text.size() >= static_cast<std::size_t>(definition.width))
         return text;
-    std::size_t fill = static_cast<std::size_t>(spec.width) - text.size();
-    if (spec.leftAlign)
+    std::size_t fill = static_cast<std::size_t>(definition.width) - text.size();
+    if (definition.leftAlign)
         return text + std::string(fill, ' ');
-    if (spec.zeroPad && zeroAllowed && spec.precision < 0) {
+    if (definition.zeroPad && zeroAllowed && definition.precision < 0) {
         std::size_t signEnd = (!text.empty() && (text[0] == '-' || text[0] == '+' || text[0] == ' ')) ? 1 : 0;
         return text.insert(signEnd, fill, '0');
     }
@@ -171,36 +171,36 @@ std::string groupThousands(const std::string& digits)
 }
 
 // A libc conversion for a value read as long long / unsigned long long.
-std::string wideIntSpec(const ConversionSpec& spec, char conversion)
+std::string wideIntSpec(const ConversionSpec& definition, char conversion)
 {
-    std::string f = libcSpec(spec, conversion, false);
+    std::string f = libcSpec(definition, conversion, false);
     f.insert(f.size() - 1, "ll");
     return f;
 }
 
 // Grouped numbers are printed bare, grouped, then padded to the width.
-ConversionSpec bareForGrouping(const ConversionSpec& spec)
+ConversionSpec bareForGrouping(const ConversionSpec& definition)
 {
-    ConversionSpec bare = spec;
+    ConversionSpec bare = definition;
     bare.width = -1;
     bare.flags.clear();
-    for (char c : spec.flags)
+    for (char c : definition.flags)
         if (c == '+' || c == ' ') bare.flags += c;
     return bare;
 }
 
-std::string formatSigned(const ConversionSpec& spec, long long value)
+std::string formatSigned(const ConversionSpec& definition, long long value)
 {
-    if (!spec.group) return libcFormat(wideIntSpec(spec, 'd').c_str(), value);
-    std::string digits = libcFormat(wideIntSpec(bareForGrouping(spec), 'd').c_str(), value);
-    return pad(groupThousands(digits), spec, true);
+    if (!definition.group) return libcFormat(wideIntSpec(definition, 'd').c_str(), value);
+    std::string digits = libcFormat(wideIntSpec(bareForGrouping(definition), 'd').c_str(), value);
+    return pad(groupThousands(digits), definition, true);
 }
 
-std::string formatUnsigned(const ConversionSpec& spec, unsigned long long value)
+std::string formatUnsigned(const ConversionSpec& definition, unsigned long long value)
 {
-    if (!spec.group || spec.conversion != 'u') return libcFormat(wideIntSpec(spec, spec.conversion).c_str(), value);
-    std::string digits = libcFormat(wideIntSpec(bareForGrouping(spec), 'u').c_str(), value);
-    return pad(groupThousands(digits), spec, true);
+    if (!definition.group || definition.conversion != 'u') return libcFormat(wideIntSpec(definition, definition.conversion).c_str(), value);
+    std::string digits = libcFormat(wideIntSpec(bareForGrouping(definition), 'u').c_str(), value);
+    return pad(groupThousands(digits), definition, true);
 }
 
 long long readSigned(Length length, va_list& args)
@@ -231,44 +231,44 @@ unsigned long long readUnsigned(Length length, va_list& args)
     }
 }
 
-std::string formatString(const ConversionSpec& spec, va_list& args)
+std::string formatString(const ConversionSpec& definition, va_list& args)
 {
-    if (spec.length == Length::l) {
+    if (definition.length == Length::l) {
         const wchar_t* text = va_arg(args, const wchar_t*);
-        if (text != nullptr) return libcFormat(libcSpec(spec, 's').c_str(), text);
+        if (text != nullptr) return libcFormat(libcSpec(definition, 's').c_str(), text);
     } else {
         const char* text = va_arg(args, const char*);
-        if (text != nullptr) return libcFormat(libcSpec(spec, 's', false).c_str(), text);
+        if (text != nullptr) return libcFormat(libcSpec(definition, 's', false).c_str(), text);
     }
-    ConversionSpec plain = spec;
+    ConversionSpec plain = definition;
     plain.precision = -1; // "(null)" is printed whole
     return libcFormat(libcSpec(plain, 's', false).c_str(), "(null)");
 }
 
-std::string formatOne(const ConversionSpec& spec, va_list& args)
+std::string formatOne(const ConversionSpec& definition, va_list& args)
 {
-    switch (spec.conversion) {
+    switch (definition.conversion) {
     case 'd':
     case 'i':
-        return formatSigned(spec, readSigned(spec.length, args));
+        return formatSigned(definition, readSigned(definition.length, args));
     case 'u':
     case 'o':
     case 'x':
     case 'X':
-        return formatUnsigned(spec, readUnsigned(spec.length, args));
+        return formatUnsigned(definition, readUnsigned(definition.length, args));
     case 'f': case 'F': case 'e': case 'E': case 'g': case 'G': case 'a': case 'A':
-        if (spec.length == Length::L)
-            return libcFormat(libcSpec(spec, spec.conversion).c_str(), va_arg(args, long double));
-        return libcFormat(libcSpec(spec, spec.conversion, false).c_str(), va_arg(args, double));
+        if (definition.length == Length::L)
+            return libcFormat(libcSpec(definition, definition.conversion).c_str(), va_arg(args, long double));
+        return libcFormat(libcSpec(definition, definition.conversion, false).c_str(), va_arg(args, double));
     case 'c':
-        if (spec.length == Length::l)
-            return libcFormat(libcSpec(spec, 'c').c_str(), static_cast<wint_t>(va_arg(args, wint_t)));
-        return libcFormat(libcSpec(spec, 'c', false).c_str(), va_arg(args, int));
+        if (definition.length == Length::l)
+            return libcFormat(libcSpec(definition, 'c').c_str(), static_cast<wint_t>(va_arg(args, wint_t)));
+        return libcFormat(libcSpec(definition, 'c', false).c_str(), va_arg(args, int));
     case 's':
-        return formatString(spec, args);
+        return formatString(definition, args);
     case 'p': {
         void* pointer = va_arg(args, void*);
-        ConversionSpec plain = spec;
+        ConversionSpec plain = definition;
         plain.precision = -1;
         if (pointer == nullptr) return libcFormat(libcSpec(plain, 's', false).c_str(), "(nil)");
         return libcFormat(libcSpec(plain, 'p', false).c_str(), pointer);
@@ -282,7 +282,7 @@ std::string formatOne(const ConversionSpec& spec, va_list& args)
         return "%";
     default:
         // Unknown conversion: printed as it stands, no argument consumed.
-        return std::string("%") + spec.conversion;
+        return std::string("%") + definition.conversion;
     }
 }
 
@@ -299,10 +299,10 @@ int vsnprintf(char* buffer, std::size_t size, const char* format, va_list args)
         const char* percent = std::strchr(p, '%');
         if (percent == nullptr) { sink.put(p, std::strlen(p)); break; }
         sink.put(p, static_cast<std::size_t>(percent - p));
-        ConversionSpec spec;
-        const char* next = parseSpec(percent + 1, spec, ap);
+        ConversionSpec definition;
+        const char* next = parseSpec(percent + 1, definition, ap);
         if (next == nullptr) { sink.put(percent, std::strlen(percent)); break; }
-        sink.put(formatOne(spec, ap));
+        sink.put(formatOne(definition, ap));
         p = next;
     }
     va_end(ap);

@@ -115,24 +115,24 @@ PROCESS create_process(ProcessType type, const char* name, std::function<void()>
 {
     World* world = worldFor("create_process");
     if (world == nullptr) return 0;
-    ProcessSpec spec;
-    spec.type = type;
-    spec.name = name != nullptr ? name : "";
-    spec.entry = std::move(entry);
-    spec.stackSize = stackSize;
-    spec.priority = priority;
+    ProcessSpec definition;
+    definition.type = type;
+    definition.name = name != nullptr ? name : "";
+    definition.entry = std::move(entry);
+    definition.stackSize = stackSize;
+    definition.priority = priority;
     if (!redirection.empty()) {
         std::size_t count = redirection[0].sig;
         if (count > redirection.size() || count == 0) {
             SSC_TRACE(oseTraceGroup(), 1, "create_process %s: redirection table says %zu entries, %zu given",
-                      spec.name.c_str(), count, redirection.size());
+                      definition.name.c_str(), count, redirection.size());
             count = redirection.size();
         }
-        spec.redirection.assign(redirection.begin(), redirection.begin() + static_cast<std::ptrdiff_t>(count));
-        spec.redirection[0].sig = static_cast<SIGSELECT>(count);
+        definition.redirection.assign(redirection.begin(), redirection.begin() + static_cast<std::ptrdiff_t>(count));
+        definition.redirection[0].sig = static_cast<SIGSELECT>(count);
     }
     Process* caller = world->currentProcess();
-    return world->createProcess(caller != nullptr ? caller->node() : world->defaultNode(), spec);
+    return world->createProcess(caller != nullptr ? caller->node() : world->defaultNode(), definition);
 }
 
 void start(PROCESS pid)

@@ -50,11 +50,11 @@ protected:
 
     PROCESS spawn(Node& on, const std::string& name, std::function<void()> body, OSPRIORITY priority = 16)
     {
-        ProcessSpec spec;
-        spec.name = name;
-        spec.entry = std::move(body);
-        spec.priority = priority;
-        PROCESS pid = m_world->createProcess(on, spec);
+        ProcessSpec definition;
+        definition.name = name;
+        definition.entry = std::move(body);
+        definition.priority = priority;
+        PROCESS pid = m_world->createProcess(on, definition);
         m_world->start(pid);
         return pid;
     }

@@ -61,14 +61,14 @@ TEST_F(TraceTest, LineCarriesTimeNodeProcessGroupLevelAndFileWithoutPath)
     TraceGroupId group = Trace::registerGroup("traceTestC");
     {
         World world;
-        ProcessSpec spec;
-        spec.name = "SSC_THREAD";
-        spec.entry = [group] {
+        ProcessSpec definition;
+        definition.name = "SSC_THREAD";
+        definition.entry = [group] {
             delay(1500);
             SSC_TRACE(group, 7, "Starting %s", "SSC_THREAD");
             SSC_TRACE(group, 9, "not shown");
         };
-        world.start(world.createProcess(world.defaultNode(), spec));
+        world.start(world.createProcess(world.defaultNode(), definition));
         world.runUntilIdle();
     }
     Trace::setOutputStderr();

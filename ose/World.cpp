@@ -118,18 +118,18 @@ void World::registerName(Process& process, const std::string& name)
     if (!m_pendingHunts.empty()) retryPendingHunts();
 }
 
-PROCESS World::createProcess(Node& node, const ProcessSpec& spec)
+PROCESS World::createProcess(Node& node, const ProcessSpec& definition)
 {
     PROCESS pid = m_nextPid++;
-    if (spec.type == ProcessType::Phantom) {
-        auto process = std::make_unique<Process>(pid, ProcessKind::Phantom, spec.name, node, kLowestPriority);
-        process->m_redirection = spec.redirection;
+    if (definition.type == ProcessType::Phantom) {
+        auto process = std::make_unique<Process>(pid, ProcessKind::Phantom, definition.name, node, kLowestPriority);
+        process->m_redirection = definition.redirection;
         addProcess(std::move(process));
         return pid;
     }
-    auto process = std::make_unique<Process>(pid, ProcessKind::Fiber, spec.name, node, spec.priority);
-    process->m_entry = spec.entry;
-    process->m_pFiber = std::make_unique<Fiber>(spec.stackSize, &World::fiberMain, process.get());
+    auto process = std::make_unique<Process>(pid, ProcessKind::Fiber, definition.name, node, definition.priority);
+    process->m_entry = definition.entry;
+    process->m_pFiber = std::make_unique<Fiber>(definition.stackSize, &World::fiberMain, process.get());
     addProcess(std::move(process));
     return pid;
 }

@@ -58,7 +58,7 @@ public:
     // Node of the first world-level default: the first node added.
     Node& defaultNode();
 
-    PROCESS createProcess(Node& node, const ProcessSpec& spec);
+    PROCESS createProcess(Node& node, const ProcessSpec& definition);
     // An outside program's process: signals to it are queued and onSignal is
     // called (on the world's thread) after each; it takes them with takeSignal.
     PROCESS createExternalProcess(Node& node, const std::string& name, std::function<void(Process&)> onSignal);

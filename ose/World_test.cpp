@@ -337,11 +337,11 @@ void tracedScenario(World& world)
     static const TraceGroupId group = Trace::registerGroup("scenario");
     Node& node = world.defaultNode();
     auto make = [&](const std::string& name, OSPRIORITY priority, std::function<void()> body) {
-        ProcessSpec spec;
-        spec.name = name;
-        spec.priority = priority;
-        spec.entry = std::move(body);
-        world.start(world.createProcess(node, spec));
+        ProcessSpec definition;
+        definition.name = name;
+        definition.priority = priority;
+        definition.entry = std::move(body);
+        world.start(world.createProcess(node, definition));
     };
     make("echo", 10, [] {
         for (int i = 0; i < 20; ++i) {
