@@ -14,11 +14,11 @@ using namespace ose;
 
 PROCESS startProcess(World& world, const std::string& name, std::function<void()> body, OSPRIORITY priority = 16)
 {
-    ProcessSpec spec;
-    spec.name = name;
-    spec.priority = priority;
-    spec.entry = std::move(body);
-    PROCESS pid = world.createProcess(world.defaultNode(), spec);
+    ProcessSpec definition;
+    definition.name = name;
+    definition.priority = priority;
+    definition.entry = std::move(body);
+    PROCESS pid = world.createProcess(world.defaultNode(), definition);
     world.start(pid);
     return pid;
 }
