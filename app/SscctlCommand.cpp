@@ -2,7 +2,9 @@
 
 #include "ose/BigEndian.h"
 #include "ose/Clock.h"
+#include "app/GatewayTransactionPort.h"
 #include "ose/GatewayClient.h"
+#include "platform/VantoTransactionMgmtClient.h"
 
 #include <cctype>
 #include <charconv>
@@ -26,6 +28,9 @@ const char* sscctlUsage()
            "                                   print N signals sent to this client (or to NAME), waiting MS (wall)\n"
            "  time                             print world time, calendar and clock mode\n"
            "  advance MS                       let a virtual clock move on by MS and wait until it has\n"
+           "  transaction [--sql STATEMENT]... [--rollback]\n"
+           "                                   play the management client's part of a transaction: create it,\n"
+           "                                   hand over each statement, then commit (or roll back)\n"
            "  trace CONFIG                     change trace groups and levels, e.g. 'demo:7,gateway:1-6'\n"
            "\n"
            "Options:\n"
@@ -114,7 +119,7 @@ bool parseVerbArgs(ArgReader& in, SscctlCommand& command)
         break;
     }
     case Verb::Advance: if (!in.number(command.advanceMs, "the milliseconds to advance")) return false; break;
-    case Verb::Trace: if (!in.take(command.traceSpec, "the trace configuration")) return false; break;
+    case Verb::Trace: if (!in.take(command.traceConfig, "the trace configuration")) return false; break;
     default: break;
     }
     while (in.more()) {
@@ -127,6 +132,9 @@ bool parseVerbArgs(ArgReader& in, SscctlCommand& command)
         } else if (option == "--timeout" && command.verb == Verb::Recv) { if (!in.number(command.timeoutMs, "--timeout")) return false; }
         else if (option == "--count" && command.verb == Verb::Recv) { if (!in.number(command.count, "--count")) return false; }
         else if (option == "--publish" && command.verb == Verb::Recv) { if (!in.take(command.publishName, "--publish")) return false; }
+        else if (option == "--sql" && command.verb == Verb::Transaction) {
+            if (!in.take(command.statements.emplace_back(), "--sql")) return false;
+        } else if (option == "--rollback" && command.verb == Verb::Transaction) command.rollback = true;
         else {
             in.error = "unexpected '" + option + "' (see --help)";
             return false;
@@ -157,7 +165,7 @@ bool parseSscctl(const std::vector<std::string>& args, SscctlCommand& command, s
     if (!in.take(word, "a command")) return false;
     static const std::pair<const char*, Verb> verbs[] = {{"hunt", Verb::Hunt}, {"send", Verb::Send},
                                                           {"recv", Verb::Recv}, {"time", Verb::Time},
-                                                          {"advance", Verb::Advance}, {"trace", Verb::Trace},
+                                                          {"advance", Verb::Advance}, {"trace", Verb::Trace}, {"transaction", Verb::Transaction},
                                                           {"help", Verb::Help}};
     for (auto [name, verb] : verbs)
         if (word == name) {
@@ -199,6 +207,30 @@ std::optional<ose::PROCESS> resolveTarget(ose::GatewayClient& client, const std:
         return std::nullopt;
     }
     return *found;
+}
+
+// One whole transaction: the server rolls back what a client leaves open when
+// it goes, so a transaction cannot outlive one sscctl run.
+int runTransaction(const SscctlCommand& command, ose::GatewayClient& client, std::ostream& out, std::ostream& err)
+{
+    GatewayTransactionPort port(client);
+    VantoTransactionMgmtClient transactions(port);
+    std::int32_t id = 0;
+    vanto_trans::TransResult result = transactions.create(id);
+    if (result != vanto_trans::TransResult::Ok) {
+        err << "sscctl: no transaction: " << VantoTransactionMgmtClient::resultText(result) << "\n";
+        return client.isConnected() ? kNotFound : kNoNode;
+    }
+    for (const std::string& statement : command.statements) {
+        if (!port.sendStatement(id, statement)) {
+            err << "sscctl: the statement could not be handed over: " << client.lastError() << "\n";
+            return kNoNode;
+        }
+    }
+    result = command.rollback ? transactions.rollback(id) : transactions.commit(id);
+    out << "transaction " << id << (command.rollback ? " rollback: " : " commit: ")
+        << VantoTransactionMgmtClient::resultText(result) << "\n";
+    return result == vanto_trans::TransResult::Ok ? kDone : kNotFound;
 }
 
 int runVerb(const SscctlCommand& command, ose::GatewayClient& client, std::ostream& out, std::ostream& err)
@@ -263,8 +295,10 @@ int runVerb(const SscctlCommand& command, ose::GatewayClient& client, std::ostre
         return kDone;
     }
     case Verb::Trace:
-        if (!client.trace(command.traceSpec)) break;
+        if (!client.trace(command.traceConfig)) break;
         return kDone;
+    case Verb::Transaction:
+        return runTransaction(command, client, out, err);
     case Verb::Help:
         out << sscctlUsage();
         return kDone;

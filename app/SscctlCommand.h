@@ -11,7 +11,7 @@
 namespace app {
 
 struct SscctlCommand {
-    enum class Verb { Hunt, Send, Recv, Time, Advance, Trace, Help };
+    enum class Verb { Hunt, Send, Recv, Time, Advance, Trace, Transaction, Help };
     Verb verb = Verb::Help;
     std::string socketPath;
     std::string clientName = "sscctl";
@@ -24,7 +24,9 @@ struct SscctlCommand {
     std::uint32_t count = 1;              // recv --count
     std::string publishName;              // recv --publish
     std::uint64_t advanceMs = 0;
-    std::string traceSpec;
+    std::string traceConfig;
+    std::vector<std::string> statements;  // transaction --sql
+    bool rollback = false;                // transaction --rollback
 };
 
 // Exit codes that scripts can use.
