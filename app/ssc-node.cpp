@@ -25,10 +25,17 @@ constexpr const char* kVersion = "ssc-node 0.1";
 // to stop; nothing runs in a signal handler.
 class StopOnSignals {
 public:
-    explicit StopOnSignals(ose::World& world) : m_world(world)
+    // Called first in main, so that a signal that comes while the node starts
+    // waits for the thread instead of killing the process.
+    static void block()
     {
         sigset_t set = signals();
         pthread_sigmask(SIG_BLOCK, &set, nullptr);
+    }
+
+    explicit StopOnSignals(ose::World& world) : m_world(world)
+    {
+        block();
         m_thread = std::thread([this] {
             sigset_t wanted = signals();
             int number = 0;
@@ -79,6 +86,7 @@ bool setUpTrace(const app::NodeOptions& options)
 
 int main(int argc, char** argv)
 {
+    StopOnSignals::block();
     app::NodeOptions options;
     std::string error;
     if (!app::parseNodeOptions({argv + 1, argv + argc}, options, error)) {
