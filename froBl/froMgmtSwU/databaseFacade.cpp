@@ -60,8 +60,13 @@ bool DatabaseFacade::retrieveFros(std::uint32_t typeFrom, std::uint32_t typeTo, 
     for (froRecord& record : records) {
         std::string xml;
         xmlDocumentRecord parsed;
-        if (!retrieveFRO(record.froId, record.froType, xml) || !xmlHandler::instance().parse(xml, parsed))
+        // One unreadable object stops the walk: the restore must not go on
+        // with a partial object graph whose children may miss their parent.
+        if (!retrieveFRO(record.froId, record.froType, xml) || !xmlHandler::instance().parse(xml, parsed)) {
+            SSC_TRACE(dbGroup(), kError, "NC::DatabaseFacade::retrieveFros: object %d of froType %u cannot be read",
+                      record.froId, record.froType);
             return false;
+        }
         record.ldn = parsed.ldn;
     }
     return true;

@@ -1,5 +1,6 @@
 #include "froBl/froMgmtSwU/export/froTypes.h"
 #include "froBl/froMgmtSwU/testSupport/dbTestFixture.h"
+#include "froBl/froMgmtSwU/testSupport/traceCapture.h"
 
 namespace {
 
@@ -36,6 +37,25 @@ TEST_F(DatabaseFacadeTest, BulkRetrievalGivesEveryStoredObjectOfTheRange)
     records.clear();
     ASSERT_TRUE(m_db->retrieveFros(kFanGroup, kHwUnit, records));
     EXPECT_EQ(records.size(), 2u) << "the upper bound is excluded";
+}
+
+TEST_F(DatabaseFacadeTest, AnUnreadableStoredObjectStopsTheBulkRetrievalWithATrace)
+{
+    auto first = makeObject("Cabinet=1,FanGroup=1", kFanGroup);
+    auto second = makeObject("Cabinet=1,FanGroup=2", kFanGroup);
+    const std::int32_t tx = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(tx, first->getInternalId(), kFanGroup, mimOf("Cabinet=1,FanGroup=1", *first)));
+    ASSERT_TRUE(m_db->saveFRO(tx, second->getInternalId(), kFanGroup, mimOf("Cabinet=1,FanGroup=2", *second)));
+    ASSERT_TRUE(commit(tx));
+    // Written by something other than this system: a raw quote in the ldn.
+    query("update apc_frodata_FanGroup_INITIAL set ldn = 'Cabinet=1,\"FanGroup=1' where froid = " +
+          std::to_string(first->getInternalId()));
+
+    traceCapture trace;
+    std::vector<froRecord> records;
+    EXPECT_FALSE(m_db->retrieveFros(kFirst, kEnd, records));
+    EXPECT_TRUE(trace.contains("object " + std::to_string(first->getInternalId()) + " of froType " +
+                               std::to_string(kFanGroup) + " cannot be read"));
 }
 
 TEST_F(DatabaseFacadeTest, AttributesOfAnObjectComeAsThreeLists)

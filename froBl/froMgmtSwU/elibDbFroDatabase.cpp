@@ -118,6 +118,15 @@ bool ElibDbFroDatabase::execDirect(const std::string& sql)
 
 // ---- reading ----------------------------------------------------------------
 
+bool ElibDbFroDatabase::textColumnFits(SQLRETURN rc, SQLLEN indicator, std::size_t bufferBytes)
+{
+    // The driver may give SQL_SUCCESS with a length past the buffer: the
+    // length alone decides, whatever the return code says.
+    if (!SQL_SUCCEEDED(rc) || indicator == SQL_NULL_DATA)
+        return true; // handled by the caller
+    return indicator >= 0 && indicator < static_cast<SQLLEN>(bufferBytes);
+}
+
 ElibDbFroDatabase::FetchResult ElibDbFroDatabase::readRow(const char* who, const std::vector<Column>& columns,
                                                           Row& row)
 {
@@ -128,16 +137,15 @@ ElibDbFroDatabase::FetchResult ElibDbFroDatabase::readRow(const char* who, const
         if (column.kind == ColumnKind::Text) {
             std::vector<char>& buffer = m_textBuffer;
             rc = SQLGetData(m_handles.stmt, column.number, SQL_C_CHAR, buffer.data(), buffer.size(), &indicator);
-            // Truncated: longer than anything this system writes. Refused
-            // rather than read back cut.
-            if (rc == SQL_SUCCESS_WITH_INFO && (indicator == SQL_NO_TOTAL ||
-                                                indicator >= static_cast<SQLLEN>(buffer.size()))) {
+            // Truncated or of unknown length: longer than anything this
+            // system writes. Refused rather than read back cut or past the end.
+            if (!textColumnFits(rc, indicator, buffer.size())) {
                 SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::%s: column %u holds more than %zu bytes", who,
                           column.number, kTextBufferBytes - 1);
                 return DBI_OPERATION_FAIL;
             }
             if (SQL_SUCCEEDED(rc) && indicator != SQL_NULL_DATA)
-                text.assign(buffer.data(), static_cast<std::size_t>(std::max<SQLLEN>(indicator, 0)));
+                text.assign(buffer.data(), static_cast<std::size_t>(indicator));
         } else {
             SQLBIGINT number = 0;
             rc = SQLGetData(m_handles.stmt, column.number, SQL_C_SBIGINT, &number, sizeof number, &indicator);
@@ -400,6 +408,33 @@ bool ElibDbFroDatabase::saveFroAttributeTypes(std::uint32_t froType, const std::
     return true;
 }
 
+bool ElibDbFroDatabase::readableBack(const xmlDocumentRecord& record)
+{
+    if (record.ldn.size() > xmlGuard::kMaxValueBytes) {
+        SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::saveFRO: ldn of %zu bytes, more than %zu",
+                  record.ldn.size(), xmlGuard::kMaxValueBytes);
+        return false;
+    }
+    // The document that retrieveFRO will make of the row must parse again,
+    // or the restore could never read this object.
+    std::vector<std::string> names, types, values;
+    for (std::size_t i = 0; i < record.names.size(); ++i) {
+        if (Sql::isParentRef(record.names[i]))
+            continue;
+        names.push_back(record.names[i]);
+        types.push_back(record.types[i]);
+        values.push_back(record.values[i]);
+    }
+    std::string text;
+    xmlDocumentRecord again;
+    if (xmlHandler::instance().build(record.ldn, "1.0", names, types, values, text) &&
+        xmlHandler::instance().parse(text, again))
+        return true;
+    SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::saveFRO: object %s could not be read back",
+              record.ldn.c_str());
+    return false;
+}
+
 bool ElibDbFroDatabase::saveFRO(std::int32_t transactionId, std::int32_t froId, std::uint32_t froType,
                                 const std::string& xml)
 {
@@ -407,18 +442,30 @@ bool ElibDbFroDatabase::saveFRO(std::int32_t transactionId, std::int32_t froId, 
     xmlDocumentRecord record;
     if (!getFrodataTableName(froType, table) || !xmlHandler::instance().parse(xml, record))
         return false;
+    if (record.names.size() != record.types.size() || record.names.size() != record.values.size()) {
+        SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::saveFRO: Vector sizes doesn't match : # of "
+                                     "attributes=%zu, # of values=%zu, # of types=%zu",
+                  record.names.size(), record.values.size(), record.types.size());
+        return false;
+    }
     std::string columns;
     std::string statement;
-    // Built first, so that a value that cannot be written leaves nothing behind.
+    // Everything is checked first, so that an object that could not be
+    // written or read back leaves nothing behind.
     if (!Sql::dataColumns(record.names, record.types, columns) ||
-        !Sql::insertObject(table, froId, record.ldn, record.names, record.types, record.values, statement))
+        !Sql::insertObject(table, froId, record.ldn, record.names, record.types, record.values, statement) ||
+        !readableBack(record))
         return false;
-    if (!saveFroAttributeTypes(froType, record.names, record.types, transactionId))
-        return false;
+    // The table before its attribute rows: rows that name columns of a table
+    // that could not be made would describe nothing.
     const TableStatus status = tableStatus(table);
     if (status == TABLE_STATUS_ERROR || (status == TABLE_NOT_FOUND && !createTable(table, columns)))
         return false;
+    // Registered before anything can fail: the check at commit or rollback
+    // then drops a table made here that never got its object.
     registerTransaction(transactionId);
+    if (!saveFroAttributeTypes(froType, record.names, record.types, transactionId))
+        return false;
     sendInTransaction(transactionId, statement);
     return true;
 }

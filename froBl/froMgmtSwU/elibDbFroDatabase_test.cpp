@@ -1,5 +1,6 @@
 #include "froBl/froMgmtSwU/export/froTypes.h"
 #include "froBl/froMgmtSwU/export/xmlEscape.h"
+#include "froBl/froMgmtSwU/export/xmlGuard.h"
 #include "froBl/froMgmtSwU/testSupport/dbTestFixture.h"
 #include "froBl/froMgmtSwU/testSupport/traceCapture.h"
 
@@ -264,6 +265,86 @@ TEST_F(ElibDbFroDatabaseTest, TransactionBookkeepingFollowsThePlatformSignals)
     m_db->close();
     EXPECT_FALSE(m_db->isConnected());
     EXPECT_TRUE(m_db->init()) << "connects again on demand";
+}
+
+// A body written by hand: the builder itself refuses some of these types.
+std::string handMade(const std::string& ldn, const std::string& attributes)
+{
+    return "<mim version=\"1.0\"><class ldn=\"" + ldn + "\">" + attributes + "</class></mim>";
+}
+
+TEST_F(ElibDbFroDatabaseTest, AnObjectThatCouldNotBeReadBackIsNotSaved)
+{
+    traceCapture trace;
+    const std::int32_t tx = m_server->newTransaction();
+    for (const char* type : {"bool", "float", "s32"})
+        EXPECT_FALSE(m_db->saveFRO(tx, 1, kFanGroup,
+                                   handMade("FanGroup=1", "<attr name=\"a\" type=\"" + std::string(type) +
+                                                              "\" value=\"1\"/>")))
+            << type;
+    EXPECT_TRUE(trace.contains("Received attribute has an unknown type: bool"));
+    const std::string longLdn(xmlGuard::kMaxValueBytes + 1, 'x');
+    EXPECT_FALSE(m_db->saveFRO(tx, 1, kFanGroup, handMade(longLdn, "<attr name=\"a\" type=\"S32\" value=\"1\"/>")));
+    EXPECT_TRUE(trace.contains("ldn of 49152 bytes"));
+    EXPECT_TRUE(m_server->pending(tx).empty());
+    EXPECT_TRUE(dataTables().empty());
+    EXPECT_EQ(m_db->registeredTransactionCount(), 0u);
+
+    // The class is still free for a readable first object.
+    ASSERT_TRUE(m_db->saveFRO(tx, 2, kFanGroup, handMade("FanGroup=2", "<attr name=\"a\" type=\"S32\" value=\"7\"/>")));
+    ASSERT_TRUE(commit(tx)) << m_server->lastError();
+    EXPECT_EQ(stored(2, kFanGroup)["a"], (std::pair<std::string, std::string>{"S32", "7"}));
+}
+
+TEST_F(ElibDbFroDatabaseTest, ColumnNamesAreCheckedBeforeAnythingIsSent)
+{
+    traceCapture trace;
+    const std::int32_t tx = m_server->newTransaction();
+    const std::vector<std::vector<std::string>> badNames{
+        {"a", "a"}, {"froid"}, {"LDN"}, {"level", "LEVEL"}, {"select"}, {"Order"}, {"parentRef", "table"}};
+    for (const auto& names : badNames) {
+        std::string attributes;
+        for (const std::string& name : names)
+            attributes += "<attr name=\"" + name + "\" type=\"STRING\" value=\"v\"/>";
+        EXPECT_FALSE(m_db->saveFRO(tx, 1, kFanGroup, handMade("FanGroup=1", attributes))) << names.back();
+    }
+    EXPECT_TRUE(trace.contains("cannot be a column name"));
+    EXPECT_TRUE(m_server->pending(tx).empty());
+    EXPECT_TRUE(dataTables().empty());
+
+    // Nothing was marked as written: a good first object writes its rows.
+    ASSERT_TRUE(m_db->saveFRO(tx, 2, kFanGroup, handMade("FanGroup=2", "<attr name=\"level\" type=\"S32\" value=\"3\"/>")));
+    ASSERT_EQ(m_server->pending(tx).size(), 2u);
+    EXPECT_TRUE(m_server->pending(tx)[0].starts_with("insert into apc_fro_attributes"));
+    ASSERT_TRUE(commit(tx)) << m_server->lastError();
+    EXPECT_EQ(stored(2, kFanGroup)["level"].second, "3");
+}
+
+TEST_F(ElibDbFroDatabaseTest, AnUpdateOfAnyTypeWordIsWrittenOrRefusedNeverSkipped)
+{
+    const std::int32_t tx = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(tx, 1, kFanGroup,
+                              handMade("FanGroup=1", "<attr name=\"a\" type=\"STRING\" value=\"old\"/>")));
+    ASSERT_TRUE(commit(tx)) << m_server->lastError();
+
+    traceCapture trace;
+    const std::int32_t update = m_server->newTransaction();
+    EXPECT_FALSE(m_db->saveAttributes(update, 1, kFanGroup,
+                                      handMade("FanGroup=1", "<attr name=\"a\" type=\"float\" value=\"new\"/>"), true));
+    EXPECT_TRUE(trace.contains("Received attribute a has an unknown type: float"));
+    EXPECT_TRUE(m_server->pending(update).empty());
+    EXPECT_EQ(stored(1, kFanGroup)["a"].second, "old");
+}
+
+TEST_F(ElibDbFroDatabaseTest, ATextColumnIsTakenOnlyWhenItFitsTheBuffer)
+{
+    for (SQLRETURN rc : {SQL_SUCCESS, SQL_SUCCESS_WITH_INFO}) {
+        EXPECT_TRUE(ElibDbFroDatabase::textColumnFits(rc, 0, 49152));
+        EXPECT_TRUE(ElibDbFroDatabase::textColumnFits(rc, 49151, 49152));
+        EXPECT_FALSE(ElibDbFroDatabase::textColumnFits(rc, 49152, 49152)) << rc;
+        EXPECT_FALSE(ElibDbFroDatabase::textColumnFits(rc, 1 << 20, 49152)) << rc;
+        EXPECT_FALSE(ElibDbFroDatabase::textColumnFits(rc, SQL_NO_TOTAL, 49152)) << rc;
+    }
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "froBl/froMgmtSwU/froSqlStatements.h"
 
 #include "froBl/froMgmtSwU/export/froTrace.h"
+#include "froBl/froMgmtSwU/export/xmlHandler.h"
 #include "froBl/froMgmtSwU/sqlText.h"
 
 using namespace fro_trace;
@@ -38,6 +39,48 @@ bool froSqlStatements::checkName(const char* who, const std::string& name)
     return false;
 }
 
+bool froSqlStatements::isStorableType(const std::string& type)
+{
+    return type.empty() || xmlHandler::isPrimitiveType(type) || xmlHandler::isDerivedType(type);
+}
+
+bool froSqlStatements::checkColumnNames(const char* who, const std::vector<std::string>& names)
+{
+    std::vector<const std::string*> seen{};
+    for (const std::string& name : names) {
+        if (isParentRef(name))
+            continue;
+        if (!checkName(who, name))
+            return false;
+        bool clash = sqlText::isReservedWord(name) || sqlText::equalsNoCase(name, "froid") ||
+                     sqlText::equalsNoCase(name, "ldn");
+        for (const std::string* other : seen)
+            clash = clash || sqlText::equalsNoCase(name, *other);
+        if (clash) {
+            SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::%s: attribute name %s cannot be a column name "
+                                         "here", who, name.c_str());
+            return false;
+        }
+        seen.push_back(&name);
+    }
+    return true;
+}
+
+bool froSqlStatements::checkType(const char* who, const std::string& name, const std::string& type)
+{
+    if (isStorableType(type))
+        return true;
+    if (std::string_view(who) == "saveFRO")
+        SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::saveFRO: Received attribute has an unknown type: %s",
+                  type.c_str());
+    else
+        SSC_TRACE(dbGroup(), kError,
+                  "ELIB::ElibDbFroDatabase::saveAttributes: Received attribute %s has an unknown type: %s and will "
+                  "not be updated",
+                  name.c_str(), type.c_str());
+    return false;
+}
+
 bool froSqlStatements::literal(const char* who, const std::string& name, const std::string& type,
                                const std::string& value, std::string& out)
 {
@@ -55,12 +98,12 @@ bool froSqlStatements::literal(const char* who, const std::string& name, const s
 bool froSqlStatements::dataColumns(const std::vector<std::string>& names, const std::vector<std::string>& types,
                                    std::string& columns)
 {
+    if (!checkColumnNames("createTable", names))
+        return false;
     columns = "froid integer, ldn varchar(0) not null, ";
     for (std::size_t i = 0; i < names.size() && i < types.size(); ++i) {
         if (isParentRef(names[i]))
             continue;
-        if (!checkName("createTable", names[i]))
-            return false;
         columns += names[i] + " " + sqlText::sqlTypeName(sqlText::sqlTypeOf(types[i])) + " not null, ";
     }
     columns += "primary key(froid)";
@@ -76,11 +119,9 @@ bool froSqlStatements::insertObject(const std::string& table, std::int32_t froId
     for (std::size_t i = 0; i < names.size(); ++i) {
         if (isParentRef(names[i]))
             continue;
-        if (sqlText::sqlTypeOf(types[i]) == sqlText::SqlType::Unknown)
-            SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::saveFRO: Received attribute has an unknown type: %s",
-                      types[i].c_str());
         std::string value;
-        if (!checkName("saveFRO", names[i]) || !literal("saveFRO", names[i], types[i], values[i], value))
+        if (!checkName("saveFRO", names[i]) || !checkType("saveFRO", names[i], types[i]) ||
+            !literal("saveFRO", names[i], types[i], values[i], value))
             return false;
         columns += ", " + names[i];
         literals += ", " + value;
@@ -97,15 +138,8 @@ bool froSqlStatements::updateObject(const std::string& table, std::int32_t froId
     for (std::size_t i = 0; i < names.size(); ++i) {
         if (isParentRef(names[i]))
             continue;
-        if (sqlText::sqlTypeOf(types[i]) == sqlText::SqlType::Unknown) {
-            SSC_TRACE(dbGroup(), kError,
-                      "ELIB::ElibDbFroDatabase::saveAttributes: Received attribute %s has an unknown type: %s and "
-                      "will not be updated",
-                      names[i].c_str(), types[i].c_str());
-            continue;
-        }
         std::string value;
-        if (!checkName("saveAttributes", names[i]) ||
+        if (!checkName("saveAttributes", names[i]) || !checkType("saveAttributes", names[i], types[i]) ||
             !literal("saveAttributes", names[i], types[i], values[i], value))
             return false;
         assignments += (assignments.empty() ? "" : ", ") + names[i] + " = " + value;

@@ -39,9 +39,16 @@ public:
                              std::string& statement);
 
     static bool isParentRef(const std::string& name) { return name == kParentRef; }
+    // A type word that the attribute format can write back: the primitive
+    // words, the complex ones, or none at all.
+    static bool isStorableType(const std::string& type);
+    // Names that can all be columns of one table beside froid and ldn:
+    // identifiers, no keyword, none twice (case does not count, as in SQL).
+    static bool checkColumnNames(const char* who, const std::vector<std::string>& names);
 
 private:
     static bool checkName(const char* who, const std::string& name);
+    static bool checkType(const char* who, const std::string& name, const std::string& type);
     static bool literal(const char* who, const std::string& name, const std::string& type,
                         const std::string& value, std::string& out);
 };

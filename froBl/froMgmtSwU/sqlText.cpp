@@ -5,24 +5,31 @@
 #include <charconv>
 #include <strings.h>
 
-namespace {
-
-bool equalsNoCase(std::string_view a, const char* b)
-{
-    return a.size() == std::char_traits<char>::length(b) && strncasecmp(a.data(), b, a.size()) == 0;
-}
-
-} // namespace
-
 sqlText::SqlType sqlText::sqlTypeOf(std::string_view attrType)
 {
-    if (equalsNoCase(attrType, "S32") || equalsNoCase(attrType, "U32"))
-        return SqlType::Integer;
-    constexpr std::array<const char*, 7> textTypes{"U64", "S64", "STRING", "struct", "array", "moref", "bool"};
-    for (const char* word : textTypes)
-        if (attrType == word)
-            return SqlType::Varchar;
-    return SqlType::Unknown;
+    return equalsNoCase(attrType, "S32") || equalsNoCase(attrType, "U32") ? SqlType::Integer : SqlType::Varchar;
+}
+
+bool sqlText::equalsNoCase(std::string_view a, std::string_view b)
+{
+    return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0;
+}
+
+bool sqlText::isReservedWord(std::string_view name)
+{
+    constexpr std::array<std::string_view, 64> words{
+        "add",      "all",        "alter",   "and",       "as",       "asc",     "between", "by",
+        "case",     "check",      "column",  "constraint", "create",  "cross",   "current", "default",
+        "delete",   "desc",       "distinct", "drop",     "else",     "end",     "escape",  "except",
+        "exists",   "foreign",    "from",    "full",      "group",    "having",  "in",      "index",
+        "inner",    "insert",     "intersect", "into",    "is",       "join",    "key",     "left",
+        "like",     "limit",      "natural", "not",       "null",     "offset",  "on",      "or",
+        "order",    "outer",      "persistent", "primary", "references", "right", "select", "set",
+        "table",    "then",       "to",      "union",     "unique",   "update",  "values",  "where"};
+    for (std::string_view word : words)
+        if (equalsNoCase(name, word))
+            return true;
+    return false;
 }
 
 const char* sqlText::sqlTypeName(SqlType type)

@@ -13,10 +13,10 @@
 
 class sqlText {
 public:
-    enum class SqlType { Integer, Varchar, Unknown };
+    enum class SqlType { Integer, Varchar };
 
-    // Integer for S32 and U32 (in any case), varchar for the other type words
-    // of the XML format, Unknown for anything else (stored as varchar).
+    // Integer for S32 and U32 (in any case), varchar for everything else.
+    // Whether a type word may be stored at all is decided by the caller.
     static SqlType sqlTypeOf(std::string_view attrType);
     static const char* sqlTypeName(SqlType type);
 
@@ -28,5 +28,9 @@ public:
     static bool integerLiteral(std::string_view value, std::string_view attrType, std::string& literal);
     // Letters, digits and '_', not starting with a digit, at most 64 long.
     static bool isIdentifier(std::string_view name);
+    // A keyword of SQL (in any case): as a column name it would break or
+    // change a statement on some data source.
+    static bool isReservedWord(std::string_view name);
+    static bool equalsNoCase(std::string_view a, std::string_view b);
     static std::string lowerCase(std::string_view text);
 };

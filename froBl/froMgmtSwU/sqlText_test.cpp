@@ -40,7 +40,18 @@ TEST(sqlTextTest, TypeWordsMapToTwoColumnTypes)
     EXPECT_EQ(sqlText::sqlTypeOf("U32"), sqlText::SqlType::Integer);
     EXPECT_EQ(sqlText::sqlTypeOf("U64"), sqlText::SqlType::Varchar);
     EXPECT_EQ(sqlText::sqlTypeOf("struct"), sqlText::SqlType::Varchar);
-    EXPECT_EQ(sqlText::sqlTypeOf("float"), sqlText::SqlType::Unknown);
+    for (const char* other : {"float", "bool", "", "S32 ", "U3"})
+        EXPECT_EQ(sqlText::sqlTypeOf(other), sqlText::SqlType::Varchar) << other;
+}
+
+TEST(froSqlStatementsTest, ColumnNamesMustBeDistinctAndFreeOfTheFixedColumnsAndKeywords)
+{
+    std::string text;
+    EXPECT_TRUE(froSqlStatements::dataColumns({"a", "parentRef", "b"}, {"S32", "STRING", "STRING"}, text));
+    for (const std::vector<std::string>& names : std::vector<std::vector<std::string>>{
+             {"a", "a"}, {"a", "A"}, {"froid"}, {"FroId"}, {"ldn"}, {"select"}, {"WHERE"}, {"table"}})
+        EXPECT_FALSE(froSqlStatements::dataColumns(names, std::vector<std::string>(names.size(), "STRING"), text))
+            << names.back();
 }
 
 TEST(froSqlStatementsTest, StatementsAreBuiltAsTheSchemaExpects)

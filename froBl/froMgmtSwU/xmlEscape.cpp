@@ -1,7 +1,8 @@
 #include "froBl/froMgmtSwU/export/xmlEscape.h"
 
 #include <array>
-#include <cctype>
+#include <charconv>
+#include <cstdint>
 
 namespace {
 
@@ -14,10 +15,13 @@ bool isCharacterReference(std::string_view body)
     const std::string_view digits = body.substr(hex ? 2 : 1);
     if (digits.empty() || digits.size() > 8)
         return false;
-    for (char c : digits)
-        if (!(hex ? std::isxdigit(static_cast<unsigned char>(c)) : std::isdigit(static_cast<unsigned char>(c))))
-            return false;
-    return true;
+    std::uint32_t code = 0;
+    const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), code, hex ? 16 : 10);
+    if (result.ec != std::errc() || result.ptr != digits.data() + digits.size())
+        return false;
+    // NUL would cut the value; surrogates and numbers past Unicode are no
+    // characters and would come out as bytes that are not UTF-8.
+    return code != 0 && code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF);
 }
 
 bool isEntity(std::string_view body)

@@ -146,6 +146,17 @@ TEST(xmlHandlerTest, HostileBodiesAreRefusedBeforeTheParserSeesThem)
     EXPECT_FALSE(handler().parse(wrap("<attr name=\"a\" type=\"STRING\" value=\"a & b\"/>"), record));
     ASSERT_TRUE(handler().parse(wrap("<attr name=\"a\" type=\"STRING\" value=\"&#65;&#x263A;&apos;\"/>"), record));
     EXPECT_EQ(record.values[0], "A\u263A&apos;");
+
+    // References to characters that cannot stand in a document.
+    for (const char* reference : {"&#0;", "&#x0;", "&#xD800;", "&#57343;", "&#x110000;", "&#99999999;"}) {
+        EXPECT_FALSE(handler().parse(wrap("<attr name=\"a\" type=\"STRING\" value=\"x" + std::string(reference) +
+                                          "y\"/>"),
+                                     record))
+            << reference;
+    }
+    ASSERT_TRUE(handler().parse(wrap("<attr name=\"a\" type=\"STRING\" value=\"&#xD7FF;&#xE000;&#x10FFFF;\"/>"),
+                                record));
+    EXPECT_EQ(record.values[0], "\uD7FF\uE000\U0010FFFF");
 }
 
 TEST(xmlHandlerTest, BuildRefusesValuesThatWouldChangeTheDocument)

@@ -16,6 +16,7 @@
 #include <vector>
 
 class VantoTransactionApi;
+struct xmlDocumentRecord;
 
 class ElibDbFroDatabase {
 public:
@@ -52,6 +53,10 @@ public:
     void handleCommitInd(const std::uint8_t* signal, std::size_t size);
     void handleRollbackInd(const std::uint8_t* signal, std::size_t size);
 
+    // True if a text column read into bufferBytes came back whole: a length
+    // that is unknown or does not fit means the text was cut.
+    static bool textColumnFits(SQLRETURN rc, SQLLEN indicator, std::size_t bufferBytes);
+
     bool isConnected() const { return m_handles.connected; }
     std::size_t registeredTransactionCount() const { return m_registeredTransactions.size(); }
 
@@ -85,6 +90,7 @@ private:
     bool createTable(const std::string& name, const std::string& columns);
     bool getFrodataTableName(std::uint32_t froType, std::string& name);
     bool fetchAttributes(std::uint32_t froType, std::vector<std::string>& names, std::vector<std::string>& types);
+    static bool readableBack(const xmlDocumentRecord& record);
     bool saveFroAttributeTypes(std::uint32_t froType, const std::vector<std::string>& names,
                                const std::vector<std::string>& types, std::int32_t transactionId);
     bool fetchFRO(std::int32_t froId, const std::string& table, const std::vector<std::string>& names,
