@@ -135,9 +135,13 @@ std::string libcFormat(const char* fmt, ...)
 // The conversion rebuilt for the C library, without the grouping flag.
 std::string libcSpec(const ConversionSpec& definition, char conversion, bool withLength = true)
 {
-    std::string f = "%" + definition.flags;
+    std::string f(1, '%');
+    f += definition.flags;
     if (definition.width >= 0) f += std::to_string(definition.width);
-    if (definition.precision >= 0) f += "." + std::to_string(definition.precision);
+    if (definition.precision >= 0) {
+        f += '.';
+        f += std::to_string(definition.precision);
+    }
     if (withLength) f += lengthText(definition.length);
     f += conversion;
     return f;
