@@ -85,14 +85,11 @@ void SupSysTraniHandler::onRollbackInd(ose::Signal* signal)
     databaseShare(signal, false);
 }
 
-void SupSysTraniHandler::onServerDownInd(ose::Signal* signal)
+void SupSysTraniHandler::onServerDownInd(ose::Signal*)
 {
     SSC_TRACE(mgmtGroup(), kInfo, "Transaction server down, roll back all transactions");
     m_transactions.rollbackAll();
-    // The database forgets its pending transactions too; it has no
-    // subscription of its own.
-    if (m_pDatabase != nullptr)
-        m_pDatabase->handleSignal(reinterpret_cast<const std::uint8_t*>(signal), ose::sigsize(&signal));
+    // The database hears of it through its own subscription.
     const int attached = m_platform.serviceAttach_e();
     if (attached != 0)
         SSC_TRACE(mgmtGroup(), kError, "VantoTransaction_serviceAttach_e() returned %d", attached);

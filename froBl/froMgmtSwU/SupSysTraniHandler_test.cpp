@@ -84,7 +84,7 @@ protected:
 
     void objectProcess()
     {
-        m_database = std::make_unique<DatabaseFacade>(m_config, m_platform);
+        m_database = std::make_unique<DatabaseFacade>(m_config, m_platform, &m_distributor);
         ASSERT_TRUE(m_database->init());
         m_handler = std::make_unique<SupSysTraniHandler>(m_distributor, m_transactions, m_table, m_platform,
                                                          m_database.get());

@@ -28,8 +28,10 @@ bool DatabaseFacade::ncRetrieveFroIds(std::uint32_t typeFrom, std::uint32_t type
 {
     const std::string sql = "select frotype from apc_fro_versions where frotype >= " + std::to_string(typeFrom) +
                             " AND frotype < " + std::to_string(typeTo) + " order by frotype";
+    SSC_TRACE(dbGroup(), kFlow, "Executing SQL: %s %d", sql.c_str(), static_cast<int>(sql.size()));
     std::vector<Row> rows;
-    if (fetch("ncRetrieveFroIds", sql, {{1, ColumnKind::Unsigned}}, rows) != DBI_OPERATION_SUCCESS) {
+    if (fetchRepeating("ncRetrieveFroIds", sql, {{1, ColumnKind::Unsigned}}, rows,
+                       "NC::DatabaseFacade DB Disconnected while executing " + sql) != DBI_OPERATION_SUCCESS) {
         SSC_TRACE(dbGroup(), kError, "NC::DatabaseFacade::Failed when trying to execute %s", sql.c_str());
         return false;
     }

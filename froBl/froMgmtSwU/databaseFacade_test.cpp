@@ -72,4 +72,26 @@ TEST_F(DatabaseFacadeTest, AttributesOfAnObjectComeAsThreeLists)
     EXPECT_TRUE(names.empty());
 }
 
+TEST_F(DatabaseFacadeTest, ALostConnectionDuringTheClassQueryIsTracedAndRepeated)
+{
+    auto object = makeObject("Cabinet=1", kCabinet);
+    const std::int32_t tx = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(tx, object->getInternalId(), kCabinet, mimOf("Cabinet=1", *object)));
+    ASSERT_TRUE(commit(tx));
+
+    traceCapture trace;
+    ose::Trace::configure("supSysFroDbLU:all");
+    odbc_fault::failNext(odbc_fault::Call::Fetch, 1);
+    std::vector<froRecord> records;
+    const bool ok = m_db->retrieveFros(kFirst, kEnd, records);
+    ose::Trace::reset();
+    ASSERT_TRUE(ok);
+    ASSERT_EQ(records.size(), 1u) << "the repeat starts from an empty list";
+    EXPECT_EQ(records[0].ldn, "Cabinet=1");
+    const std::string sql = "select frotype from apc_fro_versions where frotype >= " + std::to_string(kFirst) +
+                            " AND frotype < " + std::to_string(kEnd) + " order by frotype";
+    EXPECT_TRUE(trace.contains("Executing SQL: " + sql + " " + std::to_string(sql.size())));
+    EXPECT_TRUE(trace.contains("NC::DatabaseFacade DB Disconnected while executing " + sql));
+}
+
 } // namespace

@@ -1,5 +1,7 @@
 #include "froBl/froMgmtSwU/export/elibDbFroDatabase.h"
 
+#include "froBl/froMgmtSwU/export/SignalDistributorAPI.h"
+
 #include "froBl/froMgmtSwU/export/froTrace.h"
 #include "froBl/froMgmtSwU/export/froTypes.h"
 #include "froBl/froMgmtSwU/export/xmlGuard.h"
@@ -7,6 +9,8 @@
 #include "froBl/froMgmtSwU/froSqlStatements.h"
 #include "froBl/froMgmtSwU/sqlText.h"
 #include "platform/VantoTransactionApi.h"
+
+#include "ose/Kernel.h"
 
 #include <algorithm>
 #include <cinttypes>
@@ -23,6 +27,11 @@ constexpr int kMaxRepeats = 5;
 
 // What one text column may hold, with its NUL.
 constexpr std::size_t kTextBufferBytes = 49152;
+
+// Taken from the distributor: the server going down, and the answers to
+// requests, which need nothing but must not count as unknown.
+constexpr std::uint32_t kSubscribed[] = {ElibDbFroDatabase::kTransServerDownInd, ElibDbFroDatabase::kTransCreateCfm,
+                                         ElibDbFroDatabase::kTransCommitCfm, ElibDbFroDatabase::kTransRollbackCfm};
 static_assert(kTextBufferBytes == xmlGuard::kMaxValueBytes + 1);
 
 std::uint32_t readBigEndian32(const std::uint8_t* bytes)
@@ -33,10 +42,17 @@ std::uint32_t readBigEndian32(const std::uint8_t* bytes)
 
 } // namespace
 
-ElibDbFroDatabase::ElibDbFroDatabase(VantoDbConfig config, VantoTransactionApi& transaction)
-    : m_transaction(transaction), m_textBuffer(kTextBufferBytes)
+ElibDbFroDatabase::ElibDbFroDatabase(VantoDbConfig config, VantoTransactionApi& transaction,
+                                     SignalDistributorAPI* distributor)
+    : m_transaction(transaction), m_pDistributor(distributor), m_textBuffer(kTextBufferBytes)
 {
     m_handles.config = std::move(config);
+    if (m_pDistributor != nullptr) {
+        for (std::uint32_t sigNo : kSubscribed) {
+            const int result = m_pDistributor->subscribe(sigNo, this);
+            SSC_TRACE(dbGroup(), kFlow, "RESULT = %d", result);
+        }
+    }
     const int result = m_transaction.serviceAttach_e();
     if (result != 0)
         SSC_TRACE(dbGroup(), kError, "VantoTransaction_serviceAttach_e() returned %d", result);
@@ -45,6 +61,9 @@ ElibDbFroDatabase::ElibDbFroDatabase(VantoDbConfig config, VantoTransactionApi& 
 
 ElibDbFroDatabase::~ElibDbFroDatabase()
 {
+    if (m_pDistributor != nullptr)
+        for (std::uint32_t sigNo : kSubscribed)
+            m_pDistributor->unsubscribe(sigNo, this);
     VantoDb_disconnect(m_handles);
 }
 
@@ -77,15 +96,19 @@ void ElibDbFroDatabase::closeCursor(const char* who)
         SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::%s: Error in SQLCloseCursor", who);
 }
 
-bool ElibDbFroDatabase::execOnce(const std::string& sql, bool& lost)
+bool ElibDbFroDatabase::execOnce(const std::string& sql, bool& lost, SQLRETURN* code)
 {
     lost = false;
+    if (code)
+        *code = SQL_ERROR;
     if (!ensureConnected())
         return false;
     SQLFreeStmt(m_handles.stmt, SQL_CLOSE);
     const std::string adapted = VantoDb_adaptSql(m_handles.dialect, sql);
     const SQLRETURN rc = SQLExecDirect(m_handles.stmt, reinterpret_cast<SQLCHAR*>(const_cast<char*>(adapted.c_str())),
                                        SQL_NTS);
+    if (code)
+        *code = rc;
     // An update or delete that touched no row gives SQL_NO_DATA: not a failure.
     if (SQL_SUCCEEDED(rc) || rc == SQL_NO_DATA)
         return true;
@@ -218,10 +241,19 @@ ElibDbFroDatabase::FetchResult ElibDbFroDatabase::fetch(const char* who, const s
                                                         const std::vector<Column>& columns, std::vector<Row>& rows)
 {
     SSC_TRACE(dbGroup(), kFlow, "Executing SQL: %s", sql.c_str());
+    return fetchRepeating(who, sql, columns, rows, {});
+}
+
+ElibDbFroDatabase::FetchResult ElibDbFroDatabase::fetchRepeating(const char* who, const std::string& sql,
+                                                                 const std::vector<Column>& columns,
+                                                                 std::vector<Row>& rows, const std::string& onLost)
+{
     for (int round = 0; round <= kMaxRepeats; ++round) {
         const FetchResult result = fetchOnce(who, sql, columns, rows);
         if (result != DBI_DISCONNECTED)
             return result;
+        if (!onLost.empty())
+            SSC_TRACE(dbGroup(), kFlow, "%s", onLost.c_str());
         if (!reconnect())
             return DBI_OPERATION_FAIL;
     }
@@ -249,9 +281,9 @@ bool ElibDbFroDatabase::insertVersionRow(std::size_t classIndex)
 
 bool ElibDbFroDatabase::setUpSchema()
 {
+    // Only a table that is surely missing is made; after an unclear status the
+    // rows are read, so that a class missing from an old table is still added.
     const TableStatus status = tableStatus(Sql::kVersionsTable);
-    if (status == TABLE_STATUS_ERROR)
-        return false;
     std::vector<std::uint32_t> known;
     if (status == TABLE_NOT_FOUND) {
         SSC_TRACE(dbGroup(), kInfo, "scratch installation");
@@ -273,30 +305,52 @@ bool ElibDbFroDatabase::setUpSchema()
     return result;
 }
 
+ElibDbFroDatabase::TableStatus ElibDbFroDatabase::tableStatusOnce(const std::string& sql, bool& lost)
+{
+    if (!execOnce(sql, lost))
+        return TABLE_STATUS_ERROR;
+    TableStatus status = TABLE_STATUS_ERROR;
+    const SQLRETURN rc = SQLFetch(m_handles.stmt);
+    if (SQL_SUCCEEDED(rc)) {
+        SSC_TRACE(dbGroup(), kFlow, "Table exists");
+        status = TABLE_FOUND;
+    } else if (rc == SQL_NO_DATA) {
+        SSC_TRACE(dbGroup(), kFlow, "When trying to fetch data from the database the return is SQL_NO_DATA");
+        status = TABLE_NOT_FOUND;
+    } else {
+        getError(SQL_HANDLE_STMT, m_handles.stmt, lost);
+        if (lost)
+            SSC_TRACE(dbGroup(), kFlow, "SQLFetch Failed. DB Disconnected");
+    }
+    if (!SQL_SUCCEEDED(SQLFreeStmt(m_handles.stmt, SQL_CLOSE)))
+        SSC_TRACE(dbGroup(), kError, "Error during SQLCloseCursor");
+    return status;
+}
+
 ElibDbFroDatabase::TableStatus ElibDbFroDatabase::tableStatus(std::string name)
 {
     name = sqlText::lowerCase(name);
-    std::vector<Row> rows;
-    const FetchResult result =
-        fetch("tableStatus", "select name from tables where name = " + sqlText::quote(name), {{1, ColumnKind::Text}},
-              rows);
-    if (result != DBI_OPERATION_SUCCESS)
-        return TABLE_STATUS_ERROR;
-    if (rows.empty()) {
-        SSC_TRACE(dbGroup(), kFlow, "When trying to fetch data from the database the return is SQL_NO_DATA");
-        return TABLE_NOT_FOUND;
+    const std::string sql = "select name from tables where name = " + sqlText::quote(name);
+    SSC_TRACE(dbGroup(), kFlow, "Executing SQL: %s", sql.c_str());
+    for (int round = 0; round <= kMaxRepeats; ++round) {
+        bool lost = false;
+        const TableStatus status = tableStatusOnce(sql, lost);
+        if (!lost)
+            return status;
+        if (!reconnect())
+            break;
     }
-    SSC_TRACE(dbGroup(), kFlow, "Table exists");
-    return TABLE_FOUND;
+    return TABLE_STATUS_ERROR;
 }
 
 bool ElibDbFroDatabase::createTable(const std::string& name, const std::string& columns)
 {
     const std::string sql = Sql::createTable(name, columns);
     SSC_TRACE(dbGroup(), kFlow, "ELIB::ElibDbFroDatabase::createTable: SQL Create Table String = %s", sql.c_str());
+    SQLRETURN rc = SQL_ERROR;
     for (int round = 0; round <= kMaxRepeats; ++round) {
         bool lost = false;
-        if (execOnce(sql, lost)) {
+        if (execOnce(sql, lost, &rc)) {
             SSC_TRACE(dbGroup(), kFlow, "ELIB::ElibDbFroDatabase::createTable: Table Created");
             return true;
         }
@@ -307,6 +361,12 @@ bool ElibDbFroDatabase::createTable(const std::string& name, const std::string& 
             break;
     }
     SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::createTable: Failed to allocate the table in the database");
+    if (rc == SQL_ERROR)
+        SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::createTable: SQL_ERROR");
+    else if (rc == SQL_NEED_DATA)
+        SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::createTable: SQL_NEED_DATA");
+    else if (rc == SQL_STILL_EXECUTING)
+        SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::createTable: SQL_STILL_EXECUTING");
     return false;
 }
 
@@ -528,14 +588,21 @@ bool ElibDbFroDatabase::getFroIds(std::uint32_t froType, std::vector<std::int32_
         return false;
     }
     std::vector<Row> rows;
-    if (fetch("fetchFROs", "select * from " + table, {{1, ColumnKind::Integer}}, rows) != DBI_OPERATION_SUCCESS) {
+    const std::string sql = "select * from " + table;
+    SSC_TRACE(dbGroup(), kFlow, "Executing SQL: %s", sql.c_str());
+    // A repeat after a lost connection starts from an empty list.
+    if (fetchRepeating("fetchFROs", sql, {{1, ColumnKind::Integer}}, rows, "DB disconnected") !=
+        DBI_OPERATION_SUCCESS) {
         SSC_TRACE(dbGroup(), kError, "fetchFROs(froIds, frodataTableName %s) returns DBI_OPERATION_FAIL for froType %u",
                   table.c_str(), froType);
         return false;
     }
     for (const Row& row : rows) {
-        if (!row[0])
+        if (!row[0]) {
+            SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::fetchFROs: Failed when trying to read value from "
+                                         "the database, no value returned");
             return false;
+        }
         froIds.push_back(static_cast<std::int32_t>(std::stol(*row[0])));
     }
     return true;
@@ -647,6 +714,14 @@ void ElibDbFroDatabase::sanityCheck(std::int32_t transactionId)
     m_bufferedTypes.clear();
     if (!deregisterTransaction(transactionId))
         return;
+    // A table that another open transaction has just made is still empty
+    // until that transaction commits: dropping it would fail that commit.
+    // Emptied tables wait for a check with no other transaction open.
+    if (!m_registeredTransactions.empty()) {
+        SSC_TRACE(dbGroup(), kFlow, "Exiting sanity check with txId %d and result %d", transactionId,
+                  DBI_OPERATION_SUCCESS);
+        return;
+    }
     std::vector<Row> versions;
     const FetchResult result = fetch("sanityCheck", "select * from apc_fro_versions order by frotype asc ",
                                      {{1, ColumnKind::Unsigned}, {3, ColumnKind::Text}}, versions);
@@ -693,6 +768,13 @@ void ElibDbFroDatabase::close()
         return;
     SSC_TRACE(dbGroup(), kFlow, "CLose: Disconnect from database %d", 0);
     VantoDb_disconnect(m_handles);
+}
+
+void ElibDbFroDatabase::handleSignal(ose::Signal* signal)
+{
+    if (signal == nullptr)
+        return;
+    handleSignal(reinterpret_cast<const std::uint8_t*>(signal), ose::sigsize(&signal));
 }
 
 void ElibDbFroDatabase::handleSignal(const std::uint8_t* signal, std::size_t size)

@@ -347,4 +347,59 @@ TEST_F(ElibDbFroDatabaseTest, ATextColumnIsTakenOnlyWhenItFitsTheBuffer)
     }
 }
 
+TEST_F(ElibDbFroDatabaseTest, AnUnclearVersionsTableStatusStillAddsMissingClassRows)
+{
+    query("delete from apc_fro_versions where frotype = " + std::to_string(kEFuse));
+    traceCapture trace;
+    ose::Trace::configure("supSysFroDbLU:all");
+    DatabaseFacade again(m_config, *m_server);
+    // Every try of the status query loses the connection: the status stays unclear.
+    odbc_fault::failNext(odbc_fault::Call::Fetch, 6);
+    EXPECT_TRUE(again.init());
+    ose::Trace::reset();
+    EXPECT_EQ(odbc_fault::injected(odbc_fault::Call::Fetch), 6);
+    EXPECT_TRUE(trace.contains("SQLFetch Failed. DB Disconnected"));
+    EXPECT_FALSE(trace.contains("scratch installation"));
+    EXPECT_EQ(query("select count(*) from apc_fro_versions")[0][0], "12");
+}
+
+TEST_F(ElibDbFroDatabaseTest, FailuresOfTableMakingAndReadingAreTracedInTheSystemWords)
+{
+    traceCapture trace;
+    // A name already taken by an index: the table cannot be made.
+    query("create index apc_frodata_cabinet_initial on apc_fro_versions (frotype)");
+    auto cabinet = makeObject("Cabinet=1", kCabinet);
+    EXPECT_FALSE(m_db->saveFRO(m_server->newTransaction(), cabinet->getInternalId(), kCabinet,
+                               mimOf("Cabinet=1", *cabinet)));
+    EXPECT_TRUE(trace.contains("ELIB::ElibDbFroDatabase::createTable: Failed to allocate the table in the database"));
+    EXPECT_TRUE(trace.contains("ELIB::ElibDbFroDatabase::createTable: SQL_ERROR"));
+
+    query("create table apc_frodata_FanGroup_INITIAL (froid integer, ldn varchar(0))");
+    query("insert into apc_frodata_FanGroup_INITIAL values (NULL, 'FanGroup=1')");
+    std::vector<std::int32_t> ids;
+    EXPECT_FALSE(m_db->getFroIds(kFanGroup, ids));
+    EXPECT_TRUE(trace.contains("ELIB::ElibDbFroDatabase::fetchFROs: Failed when trying to read value from the "
+                               "database, no value returned"));
+}
+
+TEST_F(ElibDbFroDatabaseTest, AnotherOpenTransactionKeepsItsNewEmptyTable)
+{
+    auto cabinet = makeObject("Cabinet=1", kCabinet);
+    auto supply = makeObject("PowerSupply=1", kPowerSupply);
+    const std::int32_t first = m_server->newTransaction();
+    const std::int32_t second = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(first, cabinet->getInternalId(), kCabinet, mimOf("Cabinet=1", *cabinet)));
+    ASSERT_TRUE(m_db->saveFRO(second, supply->getInternalId(), kPowerSupply, mimOf("PowerSupply=1", *supply)));
+    ASSERT_TRUE(commit(second));
+    ASSERT_TRUE(commit(first)) << m_server->lastError();
+    EXPECT_EQ(stored(cabinet->getInternalId(), kCabinet), attributesOf(*cabinet));
+
+    // With no other transaction open, emptied tables go as before.
+    const std::int32_t deletion = m_server->newTransaction();
+    ASSERT_TRUE(m_db->deleteFRO(deletion, cabinet->getInternalId(), kCabinet));
+    ASSERT_TRUE(m_db->deleteFRO(deletion, supply->getInternalId(), kPowerSupply));
+    ASSERT_TRUE(commit(deletion));
+    EXPECT_TRUE(dataTables().empty());
+}
+
 } // namespace

@@ -7,6 +7,7 @@
 // Every call blocks. A lost connection is repaired by reconnecting and
 // repeating; how long that may take is bounded by the VantoDbConfig.
 
+#include "froBl/froMgmtSwU/export/SignalSubscriber.h"
 #include "platform/VantoDb.h"
 
 #include <cstddef>
@@ -15,10 +16,11 @@
 #include <string>
 #include <vector>
 
+class SignalDistributorAPI;
 class VantoTransactionApi;
 struct xmlDocumentRecord;
 
-class ElibDbFroDatabase {
+class ElibDbFroDatabase : public SignalSubscriber {
 public:
     enum FetchResult : int { DBI_DISCONNECTED = 0, DBI_OPERATION_FAIL = 1, DBI_OPERATION_SUCCESS = 2 };
     enum TableStatus : int { TABLE_FOUND = 0, TABLE_NOT_FOUND = 1, TABLE_STATUS_ERROR = 2 };
@@ -32,13 +34,17 @@ public:
     static constexpr std::uint32_t kTransCommitInd = 10014;
     static constexpr std::uint32_t kTransRollbackInd = 10015;
 
-    ElibDbFroDatabase(VantoDbConfig config, VantoTransactionApi& transaction);
-    virtual ~ElibDbFroDatabase();
+    // With a distributor, the object takes the transaction service's signals
+    // that concern it (server down and the answers) from there itself.
+    ElibDbFroDatabase(VantoDbConfig config, VantoTransactionApi& transaction,
+                      SignalDistributorAPI* distributor = nullptr);
+    ~ElibDbFroDatabase() override;
     ElibDbFroDatabase(const ElibDbFroDatabase&) = delete;
     ElibDbFroDatabase& operator=(const ElibDbFroDatabase&) = delete;
 
+    void handleSignal(ose::Signal* signal) override;
     // signal: the received buffer, its number big-endian in the first 4 bytes.
-    virtual void handleSignal(const std::uint8_t* signal, std::size_t size);
+    void handleSignal(const std::uint8_t* signal, std::size_t size);
 
     bool init();
     void close();
@@ -72,12 +78,17 @@ protected:
     // connection is lost.
     FetchResult fetch(const char* who, const std::string& sql, const std::vector<Column>& columns,
                       std::vector<Row>& rows);
+    // The same without tracing the statement; onLost, when not empty, is
+    // traced at every lost connection before the repeat.
+    FetchResult fetchRepeating(const char* who, const std::string& sql, const std::vector<Column>& columns,
+                               std::vector<Row>& rows, const std::string& onLost);
 
 private:
     FetchResult fetchOnce(const char* who, const std::string& sql, const std::vector<Column>& columns,
                           std::vector<Row>& rows);
     FetchResult readRow(const char* who, const std::vector<Column>& columns, Row& row);
-    bool execOnce(const std::string& sql, bool& lost);
+    bool execOnce(const std::string& sql, bool& lost, SQLRETURN* code = nullptr);
+    TableStatus tableStatusOnce(const std::string& sql, bool& lost);
     bool execDirect(const std::string& sql);
     bool ensureConnected();
     bool reconnect();
@@ -104,6 +115,7 @@ private:
 
     VantoDbHandles m_handles;
     VantoTransactionApi& m_transaction;
+    SignalDistributorAPI* m_pDistributor; // not owned; may be null
     bool m_firstInit = true;
     std::vector<std::uint32_t> m_bufferedTypes;
     std::vector<std::int32_t> m_registeredTransactions;
