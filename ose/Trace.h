@@ -15,6 +15,9 @@
 // Without configuration only level 1 (errors) prints.
 //
 // Each line carries the world time, the node and the process that traced.
+//
+// SSC_TRACE evaluates its arguments only when the group and level print:
+// never put work that must happen (a subscription, a send) inside a trace.
 
 #include <cstdarg>
 #include <cstdint>
