@@ -3,6 +3,7 @@
 // on it beside whatever the test runs against it.
 
 #include "platform/VantoDb.h"
+#include "platform/testSupport/odbcQuery.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +14,7 @@
 
 class sqliteFile {
 public:
-    using Rows = std::vector<std::vector<std::string>>;
+    using Rows = odbc_query::Rows;
 
     sqliteFile()
     {
@@ -34,33 +35,7 @@ public:
     const std::string& dir() const { return m_dir; }
 
     // Runs sql and gives all rows as text; NULL reads "NULL".
-    Rows query(const std::string& sql)
-    {
-        Rows rows;
-        if (!m_probe.connected) {
-            m_probe.config = m_config;
-            if (VantoDb_init(m_probe) != 1) {
-                ADD_FAILURE() << "cannot open " << m_dir;
-                return rows;
-            }
-        }
-        const SQLRETURN rc = SQLExecDirect(m_probe.stmt, (SQLCHAR*)sql.c_str(), SQL_NTS);
-        EXPECT_TRUE(SQL_SUCCEEDED(rc) || rc == SQL_NO_DATA) << sql;
-        SQLSMALLINT columns = 0;
-        SQLNumResultCols(m_probe.stmt, &columns);
-        while (columns > 0 && SQL_SUCCEEDED(SQLFetch(m_probe.stmt))) {
-            std::vector<std::string> row;
-            for (SQLUSMALLINT c = 1; c <= columns; ++c) {
-                std::vector<char> buffer(200000);
-                SQLLEN indicator = 0;
-                SQLGetData(m_probe.stmt, c, SQL_C_CHAR, buffer.data(), static_cast<SQLLEN>(buffer.size()), &indicator);
-                row.emplace_back(indicator == SQL_NULL_DATA ? "NULL" : buffer.data());
-            }
-            rows.push_back(std::move(row));
-        }
-        SQLFreeStmt(m_probe.stmt, SQL_CLOSE);
-        return rows;
-    }
+    Rows query(const std::string& sql) { return odbc_query::run(m_probe, m_config, sql); }
     std::string scalar(const std::string& sql)
     {
         const Rows rows = query(sql);

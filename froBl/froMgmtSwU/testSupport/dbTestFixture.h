@@ -8,6 +8,7 @@
 #include "froBl/froMgmtSwU/export/xmlHandler.h"
 #include "froBl/froMgmtSwU/testSupport/localTransactionServer.h"
 #include "platform/testSupport/odbcFaultInjection.h"
+#include "platform/testSupport/odbcQuery.h"
 
 #include <gtest/gtest.h>
 
@@ -19,7 +20,7 @@
 
 class dbTestFixture : public ::testing::Test {
 protected:
-    using Rows = std::vector<std::vector<std::string>>;
+    using Rows = odbc_query::Rows;
 
     void SetUp() override
     {
@@ -44,29 +45,7 @@ protected:
     }
 
     // Straight to the file, beside the object database.
-    Rows query(const std::string& sql)
-    {
-        Rows rows;
-        if (!m_probe.connected) {
-            m_probe.config = m_config;
-            EXPECT_EQ(VantoDb_init(m_probe), 1);
-        }
-        EXPECT_TRUE(SQL_SUCCEEDED(SQLExecDirect(m_probe.stmt, (SQLCHAR*)sql.c_str(), SQL_NTS))) << sql;
-        SQLSMALLINT columns = 0;
-        SQLNumResultCols(m_probe.stmt, &columns);
-        while (columns > 0 && SQL_SUCCEEDED(SQLFetch(m_probe.stmt))) {
-            std::vector<std::string> row;
-            for (SQLUSMALLINT c = 1; c <= columns; ++c) {
-                std::vector<char> buffer(200000);
-                SQLLEN indicator = 0;
-                SQLGetData(m_probe.stmt, c, SQL_C_CHAR, buffer.data(), static_cast<SQLLEN>(buffer.size()), &indicator);
-                row.emplace_back(indicator == SQL_NULL_DATA ? "NULL" : buffer.data());
-            }
-            rows.push_back(std::move(row));
-        }
-        SQLFreeStmt(m_probe.stmt, SQL_CLOSE);
-        return rows;
-    }
+    Rows query(const std::string& sql) { return odbc_query::run(m_probe, m_config, sql); }
 
     std::vector<std::string> dataTables()
     {
