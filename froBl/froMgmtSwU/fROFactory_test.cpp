@@ -1,4 +1,3 @@
-#include "froBl/froMgmtSwU/export/defaultAttributes.h"
 #include "froBl/froMgmtSwU/export/dummy_fRO.h"
 #include "froBl/froMgmtSwU/export/fROFactory.h"
 #include "froBl/froMgmtSwU/export/froIdHandler.h"
@@ -34,9 +33,9 @@ TEST(froIdHandlerTest, IdsAreNumberedPerClassAndTheLowestFreeIsGiven)
     for (int id : {0, 1, 3})
         EXPECT_TRUE(ids.reserveFroId(kHwUnit, id));
     EXPECT_FALSE(ids.reserveFroId(kHwUnit, 3));
-    EXPECT_EQ(ids.getNewFroId(kHwUnit), froIdHandler::toInternalId(kHwUnit, 2));
-    EXPECT_EQ(ids.getNewFroId(kCabinet), froIdHandler::toInternalId(kCabinet, 0));
-    EXPECT_TRUE(ids.freeFroId(kHwUnit, froIdHandler::toInternalId(kHwUnit, 1)));
+    EXPECT_EQ(ids.getNewFroId(kHwUnit), 0x00020002);
+    EXPECT_EQ(ids.getNewFroId(kCabinet), 0x00000000);
+    EXPECT_TRUE(ids.freeFroId(kHwUnit, 0x00020001));
     EXPECT_FALSE(ids.freeFroId(kHwUnit, 1));
     EXPECT_EQ(ids.findLowestFreeFroId(kHwUnit), 1);
 }
@@ -126,15 +125,83 @@ TEST_F(fROFactoryTest, EveryClassGetsItsDefaultsAndTheProductDataIsAStruct)
     std::string value = "x";
     EXPECT_TRUE(productData.getValue(value, {"productRevision"}));
     EXPECT_EQ(value, "");
-
-    for (std::size_t i = 0; i < kPersistentCount; ++i) {
-        const auto& cls = kClasses[i];
-        auto object = m_factory.createFro(std::string(cls.name) + "=1", cls.froType, -1, false, true, true);
-        std::size_t expected = 0;
-        for (const auto& row : default_attributes::kRows)
-            expected += row.moType == cls.name ? 1 : 0;
-        EXPECT_EQ(object->attributes().size(), expected) << cls.name;
-    }
 }
+
+// The classes with their numbers and default attributes as the management
+// system knows them, written out rather than taken from the code's tables.
+TEST_F(fROFactoryTest, EveryPersistentClassHasItsNumberAndDefaultsInTableOrder)
+{
+    struct Default {
+        const char* name;
+        const char* value;
+        const char* type;
+    };
+    struct Expected {
+        const char* className;
+        std::uint32_t froType;
+        std::vector<Default> defaults;
+    };
+    // As the XML writer prints a struct, so that a stored default reads back equal.
+    const char* kProductData = "<struct name=\"productData\">\n"
+                               "<attr name=\"productionDate\" type=\"STRING\" value=\"\"/>\n"
+                               "<attr name=\"productName\" type=\"STRING\" value=\"\"/>\n"
+                               "<attr name=\"productNumber\" type=\"STRING\" value=\"\"/>\n"
+                               "<attr name=\"productRevision\" type=\"STRING\" value=\"\"/>\n"
+                               "<attr name=\"serialNumber\" type=\"STRING\" value=\"\"/>\n"
+                               "</struct>\n";
+    const std::vector<Expected> classes{
+        {"Cabinet", 0x7040000, {{"cabinetIdentifier", "", "STRING"}, {"smokeDetector", "0", "S32"}}},
+        {"FanGroup", 0x7040001, {{"fanGroupFaultIndicator", "1", "S32"}}},
+        {"HwUnit", 0x7040002, {{"productData", kProductData, "struct"}, {"availabilityStatus", "0", "S32"},
+                               {"operationalState", "0", "S32"}, {"operationalIndicator", "1", "S32"},
+                               {"faultIndicator", "1", "S32"}, {"batteryFaultIndicator", "0", "S32"},
+                               {"powerDistrFaultIndicator", "1", "S32"}}},
+        {"AlarmPort", 0x7040003, {{"operationalState", "0", "S32"}, {"activeExternalAlarm", "0", "S32"},
+                                  {"availabilityStatus", "0", "S32"}}},
+        {"ControlPort", 0x7040004, {{"operationalState", "0", "S32"}, {"availabilityStatus", "0", "S32"}}},
+        {"BatteryBackup", 0x7040005, {{"batteryCurrent", "-9999", "S32"}, {"batteryTemperature", "999", "S32"},
+                                      {"batteryTestIsRunning", "0", "S32"}, {"batteryVoltage", "-1", "S32"},
+                                      {"referenceBatteryCapacity", "-1", "S32"},
+                                      {"nextScheduledTestDate", "00000000", "STRING"}}},
+        {"EcPort", 0x7040006, {}},
+        {"ExternalNode", 0x7040007, {{"logicalName", "", "STRING"}, {"fullDistinguishedName", "", "STRING"},
+                                     {"radioAccessTechnology", "0", "S32"}, {"supportSystemControl", "2", "S32"}}},
+        {"PowerDistribution", 0x7040008, {}},
+        {"PowerSupply", 0x7040009, {{"systemVoltage", "-1", "S32"}}},
+        {"EquipmentSupportFunction", 0x704000A, {}},
+        {"EFuse", 0x704000B, {{"parentObjectId", "", "S32"}, {"eFuseIndicator", "1", "S32"}}},
+    };
+    ASSERT_EQ(kPersistentCount, classes.size());
+    for (std::size_t i = 0; i < classes.size(); ++i) {
+        const Expected& cls = classes[i];
+        EXPECT_EQ(kClasses[i].froType, cls.froType) << cls.className;
+        EXPECT_EQ(className(cls.froType), cls.className);
+        auto object = m_factory.createFro(std::string(cls.className) + "=1", cls.froType, -1, false, true, true);
+        ASSERT_NE(object, nullptr) << cls.className;
+        EXPECT_EQ(object->className(), cls.className);
+        const auto& attributes = object->attributes();
+        ASSERT_EQ(attributes.size(), cls.defaults.size()) << cls.className;
+        for (std::size_t a = 0; a < attributes.size(); ++a) {
+            EXPECT_EQ(attributes[a].name(), cls.defaults[a].name) << cls.className;
+            EXPECT_EQ(attributes[a].type(), cls.defaults[a].type) << cls.defaults[a].name;
+            EXPECT_EQ(attributes[a].value(), cls.defaults[a].value) << cls.defaults[a].name;
+        }
+    }
+    EXPECT_EQ(className(0x704000C), "DeviceGroup");
+}
+
+TEST(froIdHandlerTest, AnIdEnteredTwiceStaysTakenUntilItsLastEntryIsFreed)
+{
+    froIdHandler ids;
+    ids.allocateFroId(kAlarmPort, 5);
+    ids.allocateFroId(kAlarmPort, 5);
+    EXPECT_TRUE(ids.freeFroId(kAlarmPort, 5));
+    EXPECT_FALSE(ids.reserveFroId(kAlarmPort, 5));
+    EXPECT_EQ(ids.findLowestFreeFroId(kAlarmPort), 0);
+    EXPECT_TRUE(ids.freeFroId(kAlarmPort, froIdHandler::toInternalId(kAlarmPort, 5)));
+    EXPECT_FALSE(ids.freeFroId(kAlarmPort, 5));
+    EXPECT_TRUE(ids.reserveFroId(kAlarmPort, 5));
+}
+
 
 } // namespace

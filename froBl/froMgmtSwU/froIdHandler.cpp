@@ -65,7 +65,10 @@ bool froIdHandler::freeFroId(std::uint32_t froType, std::int32_t id)
     if (!type || !type->inUse.test(static_cast<std::size_t>(externalId)))
         return false;
     type->ids.erase(std::find(type->ids.begin(), type->ids.end(), externalId));
-    type->inUse.reset(static_cast<std::size_t>(externalId));
+    // allocateFroId enters an id without a test, so it may stand twice: it
+    // stays in use until its last entry goes.
+    if (std::find(type->ids.begin(), type->ids.end(), externalId) == type->ids.end())
+        type->inUse.reset(static_cast<std::size_t>(externalId));
     SSC_TRACE(froGroup(), kFlow, "freeFroId: freed froId: %d for froType: 0x%08x ", externalId, froType);
     return true;
 }
