@@ -235,9 +235,10 @@ void fRO::clearChanged()
 void fRO::tellObserversGone(listener::Subject& subject)
 {
     subject.setChanged(Deleted);
+    // An observer's event may detach others: only those still attached hear it.
     const std::vector<listener::Observer*> observers = subject.observers();
     for (listener::Observer* observer : observers)
-        if (observer)
+        if (observer && subject.isAttached(observer))
             observer->observerEvent(&subject);
 }
 

@@ -83,6 +83,31 @@ TEST(ListenerTest, EitherSideMayGoFirstWithoutDanglingLinks)
     subject.notify(1); // would touch freed memory if the link stayed
 }
 
+// An observer whose event ends another observer of the same subject.
+class EndingObserver : public listener::Observer {
+public:
+    void observerEvent(listener::Subject*) override { victim.reset(); }
+    std::unique_ptr<RecordingObserver> victim;
+};
+
+TEST(ListenerTest, AnObserverEndedByAnotherInTheSameEventIsNotCalled)
+{
+    for (const bool deleting : {false, true}) {
+        std::unique_ptr<fRO> object = std::make_unique<dummy_fRO>("Cabinet");
+        EndingObserver first;
+        first.victim = std::make_unique<RecordingObserver>();
+        object->attach(&first, 1);
+        object->attach(first.victim.get(), 1);
+        object->setChanged(listener::Subject::IsChanged);
+        if (deleting)
+            object->clearListeners(); // every observer hears that the object goes
+        else
+            object->notify(1);
+        EXPECT_EQ(first.victim, nullptr);
+        EXPECT_EQ(object->observers().size(), 1u);
+    }
+}
+
 TEST(AttrNameValueTest, PrintsAndComparesAllThreeTexts)
 {
     EXPECT_EQ(AttrNameValue("a", "1", "S32").toString(), "{ a, 1, S32  }");
@@ -117,6 +142,12 @@ TEST(fROTest, SettingTheSameValueChangesNoFlagButStillNotifies)
     ASSERT_TRUE(object.setAttribute("label", std::string("x")));
     EXPECT_EQ(object.changed(), listener::Subject::Nothing);
     EXPECT_TRUE(observer.events.empty()) << "notify runs but has nothing to tell";
+
+    // A change not yet told is told by a set of the same value.
+    object.findAttribute("label")->setChanged(listener::Subject::IsChanged);
+    ASSERT_TRUE(object.setAttribute("label", std::string("x")));
+    EXPECT_EQ(observer.events.size(), 1u);
+    observer.events.clear();
 
     ASSERT_TRUE(object.setAttribute("label", std::string("y")));
     EXPECT_EQ(object.changed(), listener::Subject::Nothing) << "no observer of another kind: reset";

@@ -64,14 +64,22 @@ void Subject::detach(Observer* observer)
         observer->unlinkSubject(this);
 }
 
+bool Subject::isAttached(const Observer* observer) const
+{
+    return std::find(m_observers.begin(), m_observers.end(), observer) != m_observers.end();
+}
+
 void Subject::notify(int kind)
 {
     if (m_changed == Nothing)
         return;
     bool allMatched = true;
-    // An observer may detach itself in its event: walk a copy.
+    // An observer may detach itself, or another, in its event: walk a copy
+    // and call only those still attached.
     const std::vector<Observer*> observers = m_observers;
     for (Observer* observer : observers) {
+        if (!isAttached(observer))
+            continue;
         if (observer && observer->kind() == kind) {
             SSC_TRACE(fro_trace::froGroup(), fro_trace::kFlow, "Calling the observerEvent.");
             observer->observerEvent(this);

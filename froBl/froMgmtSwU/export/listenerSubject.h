@@ -26,6 +26,7 @@ public:
     int changed() const { return m_changed; }
     void setChanged(int changed) { m_changed = changed; }
     const std::vector<Observer*>& observers() const { return m_observers; }
+    bool isAttached(const Observer* observer) const;
 
 private:
     void attachAll(const std::vector<Observer*>& observers);
