@@ -34,6 +34,8 @@ constexpr std::uint32_t kSubscribed[] = {ElibDbFroDatabase::kTransServerDownInd,
                                          ElibDbFroDatabase::kTransCommitCfm, ElibDbFroDatabase::kTransRollbackCfm};
 static_assert(kTextBufferBytes == xmlGuard::kMaxValueBytes + 1);
 
+constexpr const char* kGenericFetch = "ElibDbFroDatabase::sqlExecFetchGetColumns";
+
 std::uint32_t readBigEndian32(const std::uint8_t* bytes)
 {
     return (std::uint32_t{bytes[0]} << 24) | (std::uint32_t{bytes[1]} << 16) | (std::uint32_t{bytes[2]} << 8) |
@@ -91,8 +93,7 @@ void ElibDbFroDatabase::getError(short handleType, void* handle, bool& lost)
 
 void ElibDbFroDatabase::closeCursor(const char* who)
 {
-    const SQLRETURN rc = SQLFreeStmt(m_handles.stmt, SQL_CLOSE);
-    if (!SQL_SUCCEEDED(rc))
+    if (!SQL_SUCCEEDED(SQLCloseCursor(m_handles.stmt)))
         SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::%s: Error in SQLCloseCursor", who);
 }
 
@@ -260,6 +261,87 @@ ElibDbFroDatabase::FetchResult ElibDbFroDatabase::fetchRepeating(const char* who
     return DBI_OPERATION_FAIL;
 }
 
+bool ElibDbFroDatabase::handleDisconnected(const std::string& statement)
+{
+    bool lost = false;
+    getError(SQL_HANDLE_STMT, m_handles.stmt, lost);
+    if (lost)
+        SSC_TRACE(dbGroup(), kFlow, "NC::ElibDbFroDatabase::handleDisconnected DB Disconnected while executing %s",
+                  statement.c_str());
+    else
+        SSC_TRACE(dbGroup(), kError, "NC::ElibDbFroDatabase::handleDisconnected Failed when trying to execute %s",
+                  statement.c_str());
+    return lost;
+}
+
+ElibDbFroDatabase::FetchResult ElibDbFroDatabase::fetchGenericRows(const std::string& statement,
+                                                                   const std::vector<SqlColumn>& columns,
+                                                                   std::vector<SqlRow>& rows)
+{
+    std::vector<Column> wanted;
+    for (const SqlColumn& column : columns) {
+        const bool number = sqlText::sqlTypeOf(column.type) == sqlText::SqlType::Integer ||
+                            sqlText::lowerCase(column.type) == "integer";
+        wanted.push_back({column.number, number ? ColumnKind::Unsigned : ColumnKind::Text});
+    }
+    for (;;) {
+        const SQLRETURN rc = SQLFetch(m_handles.stmt);
+        if (rc == SQL_NO_DATA)
+            break;
+        if (!SQL_SUCCEEDED(rc))
+            return handleDisconnected(statement) ? DBI_DISCONNECTED : DBI_OPERATION_FAIL;
+        Row row;
+        const FetchResult result = readRow(kGenericFetch, wanted, row);
+        if (result != DBI_OPERATION_SUCCESS)
+            return result;
+        if (std::find(row.begin(), row.end(), std::nullopt) != row.end()) {
+            SSC_TRACE(dbGroup(), kError, "SQLGetData returned null");
+            continue;
+        }
+        SqlRow taken;
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            if (columns[i].number == 1)
+                taken.number = static_cast<std::uint32_t>(std::stoul(*row[i]));
+            else
+                (columns[i].number == 2 ? taken.first : taken.second) = *row[i];
+        }
+        rows.push_back(std::move(taken));
+    }
+    return DBI_OPERATION_SUCCESS;
+}
+
+bool ElibDbFroDatabase::sqlExecFetchGetColumns(const std::string& statement, const std::vector<SqlColumn>& columns,
+                                               std::vector<SqlRow>& rows)
+{
+    for (const SqlColumn& column : columns) {
+        const bool number = sqlText::sqlTypeOf(column.type) == sqlText::SqlType::Integer ||
+                            sqlText::lowerCase(column.type) == "integer";
+        // A row has one number and two texts: column 1 is that number.
+        if (column.number < 1 || column.number > 3 || (column.number == 1) != number) {
+            SSC_TRACE(dbGroup(), kError, "%s: column %u of type %s has no place in a row", kGenericFetch,
+                      column.number, column.type.c_str());
+            return false;
+        }
+    }
+    for (int round = 0; round <= kMaxRepeats; ++round) {
+        rows.clear();
+        if (!execDirect(statement))
+            return false;
+        const FetchResult result = fetchGenericRows(statement, columns, rows);
+        if (result == DBI_DISCONNECTED) {
+            if (!reconnect())
+                return false;
+            continue;
+        }
+        if (!SQL_SUCCEEDED(SQLCloseCursor(m_handles.stmt)))
+            SSC_TRACE(dbGroup(), kError, "%s error in SQLCloseCursor", kGenericFetch);
+        if (result == DBI_OPERATION_SUCCESS)
+            SSC_TRACE(dbGroup(), kFlow, "%s fetched %zu data from the database", kGenericFetch, rows.size());
+        return result == DBI_OPERATION_SUCCESS;
+    }
+    return false;
+}
+
 // ---- schema -----------------------------------------------------------------
 
 bool ElibDbFroDatabase::init()
@@ -322,7 +404,7 @@ ElibDbFroDatabase::TableStatus ElibDbFroDatabase::tableStatusOnce(const std::str
         if (lost)
             SSC_TRACE(dbGroup(), kFlow, "SQLFetch Failed. DB Disconnected");
     }
-    if (!SQL_SUCCEEDED(SQLFreeStmt(m_handles.stmt, SQL_CLOSE)))
+    if (!SQL_SUCCEEDED(SQLCloseCursor(m_handles.stmt)))
         SSC_TRACE(dbGroup(), kError, "Error during SQLCloseCursor");
     return status;
 }
@@ -429,9 +511,11 @@ bool ElibDbFroDatabase::fetchAttributes(std::uint32_t froType, std::vector<std::
 bool ElibDbFroDatabase::saveFroAttributeTypes(std::uint32_t froType, const std::vector<std::string>& names,
                                               const std::vector<std::string>& types, std::int32_t transactionId)
 {
-    if (std::find(m_bufferedTypes.begin(), m_bufferedTypes.end(), froType) != m_bufferedTypes.end()) {
+    const auto buffered = std::find_if(m_bufferedTypes.begin(), m_bufferedTypes.end(),
+                                       [froType](const BufferedType& known) { return known.froType == froType; });
+    if (buffered != m_bufferedTypes.end()) {
         SSC_TRACE(dbGroup(), kFlow, "froType %u is already buffered", froType);
-        return true;
+        return typesAgree(froType, buffered->names, buffered->types, names, types);
     }
     const TableStatus status = tableStatus(Sql::kAttributesTable);
     if (status == TABLE_NOT_FOUND) {
@@ -446,25 +530,47 @@ bool ElibDbFroDatabase::saveFroAttributeTypes(std::uint32_t froType, const std::
     if (!fetchAttributes(froType, storedNames, storedTypes))
         return false;
     if (!storedNames.empty())
-        return true;
+        return typesAgree(froType, storedNames, storedTypes, names, types);
     if (names.size() != types.size()) {
         SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::saveFroAttributeTypes: Vector sizes doesn't match : # "
                                      "of attributes=%zu, # of types=%zu", names.size(), types.size());
         return false;
     }
-    std::vector<std::string> written;
+    BufferedType written{froType, {}, {}};
     for (std::size_t i = 0; i < names.size(); ++i) {
         if (Sql::isParentRef(names[i])) {
             SSC_TRACE(dbGroup(), kFlow, "%s is skipped", names[i].c_str());
-        } else if (std::find(written.begin(), written.end(), names[i]) != written.end()) {
+        } else if (std::find(written.names.begin(), written.names.end(), names[i]) != written.names.end()) {
             SSC_TRACE(dbGroup(), kFlow, "Duplicate key in fro attributes with key %u + %s", froType, names[i].c_str());
         } else {
             sendInTransaction(transactionId, Sql::insertAttributeType(froType, names[i], types[i]));
-            written.push_back(names[i]);
+            written.names.push_back(names[i]);
+            written.types.push_back(types[i]);
         }
     }
-    m_bufferedTypes.push_back(froType);
+    m_bufferedTypes.push_back(std::move(written));
     SSC_TRACE(dbGroup(), kFlow, "froType %u is now buffered", froType);
+    return true;
+}
+
+bool ElibDbFroDatabase::typesAgree(std::uint32_t froType, const std::vector<std::string>& knownNames,
+                                   const std::vector<std::string>& knownTypes, const std::vector<std::string>& names,
+                                   const std::vector<std::string>& types)
+{
+    // An object is read back with the types of the class's first object: a
+    // value of another type would come back as something else, or not at all.
+    for (std::size_t i = 0; i < names.size() && i < types.size(); ++i) {
+        const auto known = std::find(knownNames.begin(), knownNames.end(), names[i]);
+        if (known == knownNames.end())
+            continue; // no column: the insert fails at the platform
+        const std::string& knownType = knownTypes[static_cast<std::size_t>(known - knownNames.begin())];
+        if (knownType != types[i]) {
+            SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::saveFroAttributeTypes: attribute %s of froType %u "
+                                         "has type %s, the class stores it as %s",
+                      names[i].c_str(), froType, types[i].c_str(), knownType.c_str());
+            return false;
+        }
+    }
     return true;
 }
 
@@ -722,21 +828,21 @@ void ElibDbFroDatabase::sanityCheck(std::int32_t transactionId)
                   DBI_OPERATION_SUCCESS);
         return;
     }
-    std::vector<Row> versions;
-    const FetchResult result = fetch("sanityCheck", "select * from apc_fro_versions order by frotype asc ",
-                                     {{1, ColumnKind::Unsigned}, {3, ColumnKind::Text}}, versions);
+    std::vector<SqlRow> versions;
+    const bool read = sqlExecFetchGetColumns("select * from apc_fro_versions order by frotype asc ",
+                                             {{1, "U32"}, {2, "STRING"}, {3, "STRING"}}, versions);
     std::vector<std::uint32_t> emptied;
-    for (const Row& version : versions) {
-        if (!version[0] || !version[1] || !sqlText::isIdentifier(*version[1]) ||
-            tableStatus(*version[1]) != TABLE_FOUND)
+    for (const SqlRow& version : versions) {
+        const std::string& table = version.second;
+        if (!sqlText::isIdentifier(table) || tableStatus(table) != TABLE_FOUND)
             continue;
-        const std::string& table = *version[1];
         std::vector<Row> ids;
         if (fetch("sanityCheck", "select froid from " + table + " order by froid asc ", {{1, ColumnKind::Integer}},
                   ids) == DBI_OPERATION_SUCCESS &&
             ids.empty() && execDirect("drop table " + table))
-            emptied.push_back(static_cast<std::uint32_t>(std::stoul(*version[0])));
+            emptied.push_back(version.number);
     }
+    const FetchResult result = read ? DBI_OPERATION_SUCCESS : DBI_OPERATION_FAIL;
     if (!emptied.empty())
         removeAttributeRows(emptied);
     SSC_TRACE(dbGroup(), kFlow, "Exiting sanity check with txId %d and result %d", transactionId, result);

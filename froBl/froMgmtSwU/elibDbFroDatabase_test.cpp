@@ -12,12 +12,21 @@ using ElibDbFroDatabaseTest = dbTestFixture;
 TEST_F(ElibDbFroDatabaseTest, TheSchemaIsMadeFromScratchAndFoundAgain)
 {
     const Rows versions = query("select frotype, froTypeName, frodataTableName from apc_fro_versions order by frotype");
-    ASSERT_EQ(versions.size(), kPersistentCount);
-    for (std::size_t i = 0; i < kPersistentCount; ++i) {
-        EXPECT_EQ(versions[i][0], std::to_string(kClasses[i].froType));
-        EXPECT_EQ(versions[i][1], kClasses[i].name);
-        EXPECT_EQ(versions[i][2], "apc_frodata_" + std::string(kClasses[i].name) + "_INITIAL");
-    }
+    const Rows expected{
+        {"117702656", "Cabinet", "apc_frodata_Cabinet_INITIAL"},
+        {"117702657", "FanGroup", "apc_frodata_FanGroup_INITIAL"},
+        {"117702658", "HwUnit", "apc_frodata_HwUnit_INITIAL"},
+        {"117702659", "AlarmPort", "apc_frodata_AlarmPort_INITIAL"},
+        {"117702660", "ControlPort", "apc_frodata_ControlPort_INITIAL"},
+        {"117702661", "BatteryBackup", "apc_frodata_BatteryBackup_INITIAL"},
+        {"117702662", "EcPort", "apc_frodata_EcPort_INITIAL"},
+        {"117702663", "ExternalNode", "apc_frodata_ExternalNode_INITIAL"},
+        {"117702664", "PowerDistribution", "apc_frodata_PowerDistribution_INITIAL"},
+        {"117702665", "PowerSupply", "apc_frodata_PowerSupply_INITIAL"},
+        {"117702666", "EquipmentSupportFunction", "apc_frodata_EquipmentSupportFunction_INITIAL"},
+        {"117702667", "EFuse", "apc_frodata_EFuse_INITIAL"},
+    };
+    EXPECT_EQ(versions, expected);
     EXPECT_TRUE(dataTables().empty()) << "no class table before its first object";
 
     traceCapture trace;
@@ -400,6 +409,91 @@ TEST_F(ElibDbFroDatabaseTest, AnotherOpenTransactionKeepsItsNewEmptyTable)
     ASSERT_TRUE(m_db->deleteFRO(deletion, supply->getInternalId(), kPowerSupply));
     ASSERT_TRUE(commit(deletion));
     EXPECT_TRUE(dataTables().empty());
+}
+
+TEST_F(ElibDbFroDatabaseTest, ALaterObjectMustKeepTheAttributeTypesOfItsClass)
+{
+    const std::int32_t tx = m_server->newTransaction();
+    const auto cabinet = [](const char* ldn, const char* type, const char* value) {
+        return mimOf(ldn, {"userLabel", "smokeDetector"}, {type, "S32"}, {value, "0"});
+    };
+    traceCapture trace;
+    ASSERT_TRUE(m_db->saveFRO(tx, 1, kCabinet, cabinet("Cabinet=1", "STRING", "12")));
+    // In the same commit cycle the class is known from the buffer...
+    EXPECT_FALSE(m_db->saveFRO(tx, 2, kCabinet, cabinet("Cabinet=2", "S32", "12")));
+    EXPECT_TRUE(trace.contains("attribute userLabel of froType 117702656 has type S32, the class stores it as STRING"));
+    EXPECT_TRUE(m_db->saveFRO(tx, 3, kCabinet, cabinet("Cabinet=3", "STRING", "13")));
+    ASSERT_TRUE(commit(tx)) << m_server->lastError();
+
+    // ...later from its rows in the database.
+    const std::int32_t later = m_server->newTransaction();
+    EXPECT_FALSE(m_db->saveFRO(later, 4, kCabinet, cabinet("Cabinet=4", "U32", "14")));
+    EXPECT_TRUE(m_server->pending(later).empty());
+    EXPECT_EQ(stored(1, kCabinet)["userLabel"], (std::pair<std::string, std::string>{"STRING", "12"}));
+    EXPECT_EQ(query("select count(*) from apc_frodata_Cabinet_INITIAL")[0][0], "2");
+}
+
+TEST_F(ElibDbFroDatabaseTest, FaultsWhileReadingAreTracedAndRepeatedWhereTheLinkWasLost)
+{
+    auto object = makeObject("FanGroup=1", kFanGroup);
+    const std::int32_t tx = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(tx, object->getInternalId(), kFanGroup, mimOf("FanGroup=1", *object)));
+    ASSERT_TRUE(commit(tx));
+    traceCapture trace;
+    ose::Trace::configure("supSysFroDbLU:all");
+
+    odbc_fault::failNext(odbc_fault::Call::Fetch, 1, "select * from apc_frodata_FanGroup_INITIAL");
+    std::vector<std::int32_t> ids;
+    EXPECT_TRUE(m_db->getFroIds(kFanGroup, ids));
+    EXPECT_EQ(ids, std::vector<std::int32_t>{object->getInternalId()}) << "the repeat starts from an empty list";
+    EXPECT_EQ(odbc_fault::injected(odbc_fault::Call::Fetch), 1);
+    EXPECT_TRUE(trace.contains("DB disconnected"));
+
+    // A cursor that will not close is traced; the answer stands.
+    odbc_fault::failNext(odbc_fault::Call::CloseCursor, 1, "'apc_frodata_fangroup_initial'");
+    ids.clear();
+    EXPECT_TRUE(m_db->getFroIds(kFanGroup, ids));
+    EXPECT_EQ(ids.size(), 1u);
+    EXPECT_TRUE(trace.contains("Error during SQLCloseCursor"));
+    ose::Trace::reset();
+}
+
+TEST_F(ElibDbFroDatabaseTest, TheSanityCheckReadsTheClassesThroughFaultsAndSkipsBrokenRows)
+{
+    // A class row without a table name, as an older or damaged database may hold.
+    query("insert into apc_fro_versions values (117706752, 'Other', NULL)");
+    const auto emptyTheClass = [&](std::int32_t froId) {
+        auto object = makeObject("PowerSupply=1", kPowerSupply);
+        const std::int32_t tx = m_server->newTransaction();
+        EXPECT_TRUE(m_db->saveFRO(tx, froId, kPowerSupply, mimOf("PowerSupply=1", *object)));
+        EXPECT_TRUE(commit(tx));
+        const std::int32_t removal = m_server->newTransaction();
+        EXPECT_TRUE(m_db->deleteFRO(removal, froId, kPowerSupply));
+        return removal;
+    };
+    const std::string versions = "select * from apc_fro_versions order by frotype asc ";
+    traceCapture trace;
+    ose::Trace::configure("supSysFroDbLU:all");
+
+    // The link drops while the class rows are read: all of it is read again.
+    std::int32_t removal = emptyTheClass(1);
+    odbc_fault::failNext(odbc_fault::Call::Fetch, 1, versions);
+    odbc_fault::failNext(odbc_fault::Call::CloseCursor, 1, versions);
+    ASSERT_TRUE(commit(removal));
+    EXPECT_TRUE(trace.contains("NC::ElibDbFroDatabase::handleDisconnected DB Disconnected while executing " + versions));
+    EXPECT_TRUE(trace.contains("ElibDbFroDatabase::sqlExecFetchGetColumns error in SQLCloseCursor"));
+    EXPECT_TRUE(trace.contains("SQLGetData returned null"));
+    EXPECT_TRUE(trace.contains("ElibDbFroDatabase::sqlExecFetchGetColumns fetched 12 data from the database"));
+    EXPECT_TRUE(dataTables().empty());
+    EXPECT_EQ(query("select count(*) from apc_fro_attributes")[0][0], "0");
+
+    // Any other failure leaves every table as it is.
+    removal = emptyTheClass(2);
+    odbc_fault::failNext(odbc_fault::Call::Fetch, 1, versions, "HY000");
+    ASSERT_TRUE(commit(removal));
+    ose::Trace::reset();
+    EXPECT_TRUE(trace.contains("NC::ElibDbFroDatabase::handleDisconnected Failed when trying to execute " + versions));
+    EXPECT_EQ(dataTables(), std::vector<std::string>{"apc_frodata_PowerSupply_INITIAL"});
 }
 
 } // namespace

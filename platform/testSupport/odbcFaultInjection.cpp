@@ -3,32 +3,43 @@
 #include <sql.h>
 #include <sqlext.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <dlfcn.h>
+#include <map>
 
 namespace {
 
 struct Fault {
     int armed = 0;
     int injected = 0;
+    std::string statementContains;
+    std::string sqlState; // empty: the call's own
 };
 
-std::array<Fault, 3> g_faults;
-SQLHANDLE g_diagHandle = nullptr; // the handle whose next diagnostics are ours
+std::array<Fault, 4> g_faults;
+SQLHANDLE g_diagHandle = nullptr;              // the handle whose next diagnostics are ours
+std::string g_diagState;                       // and the state they report
+std::map<SQLHANDLE, std::string> g_statements; // last text run on each statement handle
 
 Fault& fault(odbc_fault::Call call)
 {
     return g_faults[static_cast<std::size_t>(call)];
 }
 
-bool take(odbc_fault::Call call)
+// The next call is to fail: the diagnostics of handle will tell state.
+bool take(odbc_fault::Call call, SQLHANDLE handle, const char* defaultState, const std::string& statement = {})
 {
     Fault& f = fault(call);
     if (f.armed == 0)
         return false;
+    if (!f.statementContains.empty() && statement.find(f.statementContains) == std::string::npos)
+        return false;
     --f.armed;
     ++f.injected;
+    g_diagHandle = handle;
+    g_diagState = f.sqlState.empty() ? defaultState : f.sqlState;
     return true;
 }
 
@@ -42,9 +53,11 @@ Function real(const char* name)
 
 namespace odbc_fault {
 
-void failNext(Call call, int count)
+void failNext(Call call, int count, std::string statementContains, std::string sqlState)
 {
     fault(call).armed = count;
+    fault(call).statementContains = std::move(statementContains);
+    fault(call).sqlState = std::move(sqlState);
 }
 
 int injected(Call call)
@@ -56,6 +69,8 @@ void reset()
 {
     g_faults = {};
     g_diagHandle = nullptr;
+    g_diagState.clear();
+    g_statements.clear();
 }
 
 } // namespace odbc_fault
@@ -65,21 +80,34 @@ extern "C" {
 SQLRETURN SQL_API SQLExecDirect(SQLHSTMT statement, SQLCHAR* text, SQLINTEGER length)
 {
     static const auto next = real<SQLRETURN(SQL_API*)(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLExecDirect");
-    if (take(odbc_fault::Call::ExecDirect)) {
-        g_diagHandle = statement;
+    std::string& current = g_statements[statement];
+    if (text == nullptr)
+        current.clear();
+    else if (length == SQL_NTS)
+        current = reinterpret_cast<const char*>(text);
+    else
+        current.assign(reinterpret_cast<const char*>(text), static_cast<std::size_t>(length < 0 ? 0 : length));
+    if (take(odbc_fault::Call::ExecDirect, statement, "08S01", current))
         return SQL_ERROR;
-    }
     return next(statement, text, length);
 }
 
 SQLRETURN SQL_API SQLFetch(SQLHSTMT statement)
 {
     static const auto next = real<SQLRETURN(SQL_API*)(SQLHSTMT)>("SQLFetch");
-    if (take(odbc_fault::Call::Fetch)) {
-        g_diagHandle = statement;
+    if (take(odbc_fault::Call::Fetch, statement, "08S01", g_statements[statement]))
         return SQL_ERROR;
-    }
     return next(statement);
+}
+
+SQLRETURN SQL_API SQLCloseCursor(SQLHSTMT statement)
+{
+    static const auto next = real<SQLRETURN(SQL_API*)(SQLHSTMT)>("SQLCloseCursor");
+    // The cursor is closed all the same, so that the handle stays usable.
+    const SQLRETURN rc = next(statement);
+    if (take(odbc_fault::Call::CloseCursor, statement, "HY000", g_statements[statement]))
+        return SQL_ERROR;
+    return rc;
 }
 
 SQLRETURN SQL_API SQLDriverConnect(SQLHDBC connection, SQLHWND window, SQLCHAR* in, SQLSMALLINT inLength,
@@ -88,10 +116,8 @@ SQLRETURN SQL_API SQLDriverConnect(SQLHDBC connection, SQLHWND window, SQLCHAR* 
     static const auto next =
         real<SQLRETURN(SQL_API*)(SQLHDBC, SQLHWND, SQLCHAR*, SQLSMALLINT, SQLCHAR*, SQLSMALLINT, SQLSMALLINT*,
                                  SQLUSMALLINT)>("SQLDriverConnect");
-    if (take(odbc_fault::Call::Connect)) {
-        g_diagHandle = connection;
+    if (take(odbc_fault::Call::Connect, connection, "08001"))
         return SQL_ERROR;
-    }
     return next(connection, window, in, inLength, out, outMax, outLength, completion);
 }
 
@@ -106,9 +132,11 @@ SQLRETURN SQL_API SQLGetDiagRec(SQLSMALLINT type, SQLHANDLE handle, SQLSMALLINT 
         g_diagHandle = nullptr;
         return SQL_NO_DATA;
     }
-    const char* text = type == SQL_HANDLE_DBC ? "data source not reachable (simulated)"
-                                              : "communication link failure (simulated)";
-    std::memcpy(state, type == SQL_HANDLE_DBC ? "08001" : "08S01", 6);
+    const char* text = g_diagState == "08001"   ? "data source not reachable (simulated)"
+                       : g_diagState == "08S01" ? "communication link failure (simulated)"
+                                                : "general error (simulated)";
+    std::memset(state, 0, 6);
+    std::memcpy(state, g_diagState.c_str(), std::min<std::size_t>(g_diagState.size(), 5));
     if (native)
         *native = 0;
     if (message && messageMax > 0) {

@@ -3,13 +3,21 @@
 // defines the ODBC entry points below itself; they pass every call to the
 // driver manager unless a fault is armed. An armed SQLExecDirect or SQLFetch
 // fails with SQLSTATE 08S01 (communication link failure), and an armed
-// SQLDriverConnect fails as if the data source were away.
+// SQLDriverConnect fails as if the data source were away (08001). An armed
+// SQLCloseCursor fails with a plain error (HY000). Another SQLSTATE may be
+// given instead.
+//
+// A fault may be aimed: it then waits for a statement whose text contains
+// the given words (for SQLFetch and SQLCloseCursor: the statement last run
+// on that handle) and lets every other call pass.
+
+#include <string>
 
 namespace odbc_fault {
 
-enum class Call { ExecDirect, Fetch, Connect };
+enum class Call { ExecDirect, Fetch, Connect, CloseCursor };
 
-void failNext(Call call, int count);
+void failNext(Call call, int count, std::string statementContains = {}, std::string sqlState = {});
 int injected(Call call);
 void reset();
 

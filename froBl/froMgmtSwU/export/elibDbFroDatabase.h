@@ -67,6 +67,24 @@ public:
     std::size_t registeredTransactionCount() const { return m_registeredTransactions.size(); }
 
 protected:
+    // A column of a generic query: its number and the type word it is read
+    // as (a number for U32, S32 and integer, otherwise text).
+    struct SqlColumn {
+        unsigned short number;
+        std::string type;
+    };
+    // Column 1 of a generic query goes to number, 2 to first, 3 to second.
+    struct SqlRow {
+        std::uint32_t number = 0;
+        std::string first;
+        std::string second;
+    };
+    // Runs a query and takes its rows, reconnecting and repeating from an
+    // empty result when the connection is lost. A row with a NULL column is
+    // left out.
+    bool sqlExecFetchGetColumns(const std::string& statement, const std::vector<SqlColumn>& columns,
+                                std::vector<SqlRow>& rows);
+
     enum class ColumnKind { Text, Integer, Unsigned };
     struct Column {
         unsigned short number;
@@ -84,6 +102,17 @@ protected:
                                std::vector<Row>& rows, const std::string& onLost);
 
 private:
+    // The attribute rows of a class known in this commit cycle.
+    struct BufferedType {
+        std::uint32_t froType;
+        std::vector<std::string> names;
+        std::vector<std::string> types;
+    };
+
+    FetchResult fetchGenericRows(const std::string& statement, const std::vector<SqlColumn>& columns,
+                                 std::vector<SqlRow>& rows);
+    // True when the failure of the last call was a lost connection.
+    bool handleDisconnected(const std::string& statement);
     FetchResult fetchOnce(const char* who, const std::string& sql, const std::vector<Column>& columns,
                           std::vector<Row>& rows);
     FetchResult readRow(const char* who, const std::vector<Column>& columns, Row& row);
@@ -104,6 +133,9 @@ private:
     static bool readableBack(const xmlDocumentRecord& record);
     bool saveFroAttributeTypes(std::uint32_t froType, const std::vector<std::string>& names,
                                const std::vector<std::string>& types, std::int32_t transactionId);
+    static bool typesAgree(std::uint32_t froType, const std::vector<std::string>& knownNames,
+                           const std::vector<std::string>& knownTypes, const std::vector<std::string>& names,
+                           const std::vector<std::string>& types);
     bool fetchFRO(std::int32_t froId, const std::string& table, const std::vector<std::string>& names,
                   const std::vector<std::string>& types, std::string& ldn, std::vector<std::string>& values);
     void sendInTransaction(std::int32_t transactionId, const std::string& statement);
@@ -117,7 +149,7 @@ private:
     VantoTransactionApi& m_transaction;
     SignalDistributorAPI* m_pDistributor; // not owned; may be null
     bool m_firstInit = true;
-    std::vector<std::uint32_t> m_bufferedTypes;
+    std::vector<BufferedType> m_bufferedTypes;
     std::vector<std::int32_t> m_registeredTransactions;
     std::vector<char> m_textBuffer; // one text column as read
 };
