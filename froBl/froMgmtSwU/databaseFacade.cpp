@@ -1,9 +1,51 @@
 #include "froBl/froMgmtSwU/export/databaseFacade.h"
 
+#include "froBl/froMgmtSwU/export/SignalDistributor.h"
 #include "froBl/froMgmtSwU/export/froTrace.h"
 #include "froBl/froMgmtSwU/export/xmlHandler.h"
+#include "platform/VantoTransactionClient.h"
 
 using namespace fro_trace;
+
+namespace {
+
+struct ProcessDatabase {
+    VantoDbConfig config;
+    bool made = false;
+};
+
+ProcessDatabase& processDatabase()
+{
+    static ProcessDatabase database;
+    return database;
+}
+
+// The configuration, taken once by the object that will use it.
+VantoDbConfig takeConfiguration()
+{
+    processDatabase().made = true;
+    return processDatabase().config;
+}
+
+} // namespace
+
+bool DatabaseFacade::configure(VantoDbConfig config)
+{
+    ProcessDatabase& database = processDatabase();
+    if (database.made) {
+        SSC_TRACE(dbGroup(), kError, "NC::DatabaseFacade::configure: the database is in use already, not changed");
+        return false;
+    }
+    database.config = std::move(config);
+    return true;
+}
+
+DatabaseFacade& DatabaseFacade::instance()
+{
+    static VantoTransactionClient platform;
+    static DatabaseFacade facade(takeConfiguration(), platform, &SignalDistributor::instance());
+    return facade;
+}
 
 bool DatabaseFacade::retrieveFroAttributes(std::int32_t froId, std::uint32_t froType,
                                            std::vector<std::string>& names, std::vector<std::string>& values,

@@ -1,6 +1,11 @@
+#include "froBl/froMgmtSwU/export/SignalDistributor.h"
 #include "froBl/froMgmtSwU/export/froTypes.h"
 #include "froBl/froMgmtSwU/testSupport/dbTestFixture.h"
 #include "froBl/froMgmtSwU/testSupport/traceCapture.h"
+#include "vanto/VantoTransactionServer.h"
+#include "vanto/testSupport/sqliteFile.h"
+
+#include "ose/TestWorld.h"
 
 namespace {
 
@@ -92,6 +97,40 @@ TEST_F(DatabaseFacadeTest, ALostConnectionDuringTheClassQueryIsTracedAndRepeated
                             " AND frotype < " + std::to_string(kEnd) + " order by frotype";
     EXPECT_TRUE(trace.contains("Executing SQL: " + sql + " " + std::to_string(sql.size())));
     EXPECT_TRUE(trace.contains("NC::DatabaseFacade DB Disconnected while executing " + sql));
+}
+
+// The object process's own database: made once, at first use, on the node's
+// file, attached to the transaction server and subscribed at the process's
+// distributor.
+class DatabaseFacadeInstanceTest : public ose::testing::TestWorld {};
+
+TEST_F(DatabaseFacadeInstanceTest, TheProcessHasOneDatabaseMadeAtFirstUseWithItsConfiguration)
+{
+    sqliteFile file;
+    VantoDbConfig config = file.config();
+    config.wait = [](std::chrono::milliseconds) {};
+    createTransactionServer(world(), node(), config);
+    DatabaseFacade* first = nullptr;
+    DatabaseFacade* second = nullptr;
+    traceCapture trace;
+    ose::Trace::configure("supSysFroDbLU:all");
+    spawn("support_system_control_thread", [&] {
+        ASSERT_TRUE(DatabaseFacade::configure(config));
+        first = &DatabaseFacade::instance();
+        EXPECT_TRUE(first->init());
+        second = &DatabaseFacade::instance();
+        VantoDbConfig other = config;
+        other.connectionString = "DSN=elsewhere";
+        EXPECT_FALSE(DatabaseFacade::configure(other));
+    });
+    world().runUntilIdle();
+    ose::Trace::reset();
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(first, second);
+    EXPECT_TRUE(trace.contains("attached to TRANS"));
+    EXPECT_TRUE(trace.contains("the database is in use already"));
+    EXPECT_EQ(SignalDistributor::instance().count(), 4u);
+    EXPECT_EQ(file.scalar("select count(*) from apc_fro_versions"), "12");
 }
 
 } // namespace
