@@ -76,8 +76,10 @@ bool froIdHandler::freeFroId(std::uint32_t froType, std::int32_t id)
 std::int32_t froIdHandler::findLowestFreeFroId(std::uint32_t froType) const
 {
     const TypeIds* type = find(froType);
-    if (!type)
+    if (!type) {
+        SSC_TRACE(froGroup(), kFlow, "findLowestFreeFroId: found lowest froId: %d for froType: 0x%08x", 0, froType);
         return 0;
+    }
     for (std::int32_t candidate = 0; candidate <= kMaxExternalId; ++candidate) {
         if (!type->inUse.test(static_cast<std::size_t>(candidate))) {
             SSC_TRACE(froGroup(), kFlow, "findLowestFreeFroId: found lowest froId: %d for froType: 0x%08x",
