@@ -5,6 +5,8 @@
 #include "froBl/froMgmtSwU/export/xmlHandler.h"
 #include "platform/VantoTransactionClient.h"
 
+#include "ose/Kernel.h"
+
 using namespace fro_trace;
 
 namespace {
@@ -24,7 +26,11 @@ ProcessDatabase& processDatabase()
 VantoDbConfig takeConfiguration()
 {
     processDatabase().made = true;
-    return processDatabase().config;
+    VantoDbConfig config = processDatabase().config;
+    // The waits between connection attempts let the rest of the node run.
+    if (!config.wait)
+        config.wait = [](std::chrono::milliseconds interval) { ose::delay(static_cast<ose::OSTIME>(interval.count())); };
+    return config;
 }
 
 } // namespace

@@ -101,7 +101,8 @@ TEST_F(DatabaseFacadeTest, ALostConnectionDuringTheClassQueryIsTracedAndRepeated
 
 // The object process's own database: made once, at first use, on the node's
 // file, attached to the transaction server and subscribed at the process's
-// distributor.
+// distributor. It makes the process's singletons, so it needs a process of
+// its own, as ctest gives every test.
 class DatabaseFacadeInstanceTest : public ose::testing::TestWorld {};
 
 TEST_F(DatabaseFacadeInstanceTest, TheProcessHasOneDatabaseMadeAtFirstUseWithItsConfiguration)

@@ -291,7 +291,7 @@ ElibDbFroDatabase::FetchResult ElibDbFroDatabase::fetchGenericRows(const std::st
         if (!SQL_SUCCEEDED(rc))
             return handleDisconnected(statement) ? DBI_DISCONNECTED : DBI_OPERATION_FAIL;
         Row row;
-        const FetchResult result = readRow(kGenericFetch, wanted, row);
+        const FetchResult result = readRow("sqlExecFetchGetColumns", wanted, row);
         if (result != DBI_OPERATION_SUCCESS)
             return result;
         if (std::find(row.begin(), row.end(), std::nullopt) != row.end()) {
@@ -323,23 +323,27 @@ bool ElibDbFroDatabase::sqlExecFetchGetColumns(const std::string& statement, con
             return false;
         }
     }
-    for (int round = 0; round <= kMaxRepeats; ++round) {
+    // Rows come whole or not at all: a part of a result is no ground to act on.
+    FetchResult result = DBI_DISCONNECTED;
+    for (int round = 0; round <= kMaxRepeats && result == DBI_DISCONNECTED; ++round) {
         rows.clear();
         if (!execDirect(statement))
-            return false;
-        const FetchResult result = fetchGenericRows(statement, columns, rows);
+            break;
+        result = fetchGenericRows(statement, columns, rows);
         if (result == DBI_DISCONNECTED) {
             if (!reconnect())
-                return false;
+                break;
             continue;
         }
         if (!SQL_SUCCEEDED(SQLCloseCursor(m_handles.stmt)))
             SSC_TRACE(dbGroup(), kError, "%s error in SQLCloseCursor", kGenericFetch);
-        if (result == DBI_OPERATION_SUCCESS)
-            SSC_TRACE(dbGroup(), kFlow, "%s fetched %zu data from the database", kGenericFetch, rows.size());
-        return result == DBI_OPERATION_SUCCESS;
     }
-    return false;
+    if (result != DBI_OPERATION_SUCCESS) {
+        rows.clear();
+        return false;
+    }
+    SSC_TRACE(dbGroup(), kFlow, "%s fetched %zu data from the database", kGenericFetch, rows.size());
+    return true;
 }
 
 // ---- schema -----------------------------------------------------------------
@@ -511,11 +515,9 @@ bool ElibDbFroDatabase::fetchAttributes(std::uint32_t froType, std::vector<std::
 bool ElibDbFroDatabase::saveFroAttributeTypes(std::uint32_t froType, const std::vector<std::string>& names,
                                               const std::vector<std::string>& types, std::int32_t transactionId)
 {
-    const auto buffered = std::find_if(m_bufferedTypes.begin(), m_bufferedTypes.end(),
-                                       [froType](const BufferedType& known) { return known.froType == froType; });
-    if (buffered != m_bufferedTypes.end()) {
+    if (const BufferedType* buffered = bufferedType(froType)) {
         SSC_TRACE(dbGroup(), kFlow, "froType %u is already buffered", froType);
-        return typesAgree(froType, buffered->names, buffered->types, names, types);
+        return typesAgree("saveFroAttributeTypes", froType, buffered->names, buffered->types, names, types);
     }
     const TableStatus status = tableStatus(Sql::kAttributesTable);
     if (status == TABLE_NOT_FOUND) {
@@ -530,7 +532,7 @@ bool ElibDbFroDatabase::saveFroAttributeTypes(std::uint32_t froType, const std::
     if (!fetchAttributes(froType, storedNames, storedTypes))
         return false;
     if (!storedNames.empty())
-        return typesAgree(froType, storedNames, storedTypes, names, types);
+        return typesAgree("saveFroAttributeTypes", froType, storedNames, storedTypes, names, types);
     if (names.size() != types.size()) {
         SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::saveFroAttributeTypes: Vector sizes doesn't match : # "
                                      "of attributes=%zu, # of types=%zu", names.size(), types.size());
@@ -553,7 +555,26 @@ bool ElibDbFroDatabase::saveFroAttributeTypes(std::uint32_t froType, const std::
     return true;
 }
 
-bool ElibDbFroDatabase::typesAgree(std::uint32_t froType, const std::vector<std::string>& knownNames,
+const ElibDbFroDatabase::BufferedType* ElibDbFroDatabase::bufferedType(std::uint32_t froType) const
+{
+    for (const BufferedType& known : m_bufferedTypes)
+        if (known.froType == froType)
+            return &known;
+    return nullptr;
+}
+
+bool ElibDbFroDatabase::attributeTypesKept(std::uint32_t froType, const std::vector<std::string>& names,
+                                           const std::vector<std::string>& types)
+{
+    if (const BufferedType* buffered = bufferedType(froType))
+        return typesAgree("saveAttributes", froType, buffered->names, buffered->types, names, types);
+    std::vector<std::string> storedNames;
+    std::vector<std::string> storedTypes;
+    return fetchAttributes(froType, storedNames, storedTypes) &&
+           typesAgree("saveAttributes", froType, storedNames, storedTypes, names, types);
+}
+
+bool ElibDbFroDatabase::typesAgree(const char* who, std::uint32_t froType, const std::vector<std::string>& knownNames,
                                    const std::vector<std::string>& knownTypes, const std::vector<std::string>& names,
                                    const std::vector<std::string>& types)
 {
@@ -565,9 +586,9 @@ bool ElibDbFroDatabase::typesAgree(std::uint32_t froType, const std::vector<std:
             continue; // no column: the insert fails at the platform
         const std::string& knownType = knownTypes[static_cast<std::size_t>(known - knownNames.begin())];
         if (knownType != types[i]) {
-            SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::saveFroAttributeTypes: attribute %s of froType %u "
-                                         "has type %s, the class stores it as %s",
-                      names[i].c_str(), froType, types[i].c_str(), knownType.c_str());
+            SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::%s: attribute %s of froType %u has type %s, the "
+                                         "class stores it as %s",
+                      who, names[i].c_str(), froType, types[i].c_str(), knownType.c_str());
             return false;
         }
     }
@@ -650,7 +671,8 @@ bool ElibDbFroDatabase::saveAttributes(std::int32_t transactionId, std::int32_t 
     if (status != TABLE_FOUND || !xmlHandler::instance().parse(xml, record))
         return false;
     std::string statement;
-    if (!Sql::updateObject(table, froId, record.names, record.types, record.values, statement))
+    if (!Sql::updateObject(table, froId, record.names, record.types, record.values, statement) ||
+        (!statement.empty() && !attributeTypesKept(froType, record.names, record.types)))
         return false;
     if (statement.empty())
         return true;

@@ -428,24 +428,32 @@ TEST_F(ElibDbFroDatabaseTest, ALaterObjectMustKeepTheAttributeTypesOfItsClass)
     // ...later from its rows in the database.
     const std::int32_t later = m_server->newTransaction();
     EXPECT_FALSE(m_db->saveFRO(later, 4, kCabinet, cabinet("Cabinet=4", "U32", "14")));
-    EXPECT_TRUE(m_server->pending(later).empty());
+    EXPECT_FALSE(m_db->saveAttributes(later, 1, kCabinet, mimOf("Cabinet=1", {"userLabel"}, {"S32"}, {"5"}), true));
+    EXPECT_FALSE(m_db->saveAttributes(0, 1, kCabinet, mimOf("Cabinet=1", {"smokeDetector"}, {"STRING"}, {"x"}), false));
+    EXPECT_TRUE(m_db->saveAttributes(later, 1, kCabinet, mimOf("Cabinet=1", {"userLabel"}, {"STRING"}, {"15"}), true));
+    EXPECT_EQ(m_server->pending(later).size(), 1u);
     EXPECT_EQ(stored(1, kCabinet)["userLabel"], (std::pair<std::string, std::string>{"STRING", "12"}));
+    EXPECT_EQ(stored(1, kCabinet)["smokeDetector"], (std::pair<std::string, std::string>{"S32", "0"}));
     EXPECT_EQ(query("select count(*) from apc_frodata_Cabinet_INITIAL")[0][0], "2");
 }
 
 TEST_F(ElibDbFroDatabaseTest, FaultsWhileReadingAreTracedAndRepeatedWhereTheLinkWasLost)
 {
     auto object = makeObject("FanGroup=1", kFanGroup);
+    auto other = makeObject("FanGroup=2", kFanGroup);
     const std::int32_t tx = m_server->newTransaction();
     ASSERT_TRUE(m_db->saveFRO(tx, object->getInternalId(), kFanGroup, mimOf("FanGroup=1", *object)));
+    ASSERT_TRUE(m_db->saveFRO(tx, other->getInternalId(), kFanGroup, mimOf("FanGroup=2", *other)));
     ASSERT_TRUE(commit(tx));
     traceCapture trace;
     ose::Trace::configure("supSysFroDbLU:all");
 
-    odbc_fault::failNext(odbc_fault::Call::Fetch, 1, "select * from apc_frodata_FanGroup_INITIAL");
+    // The link drops after the first id was read.
+    odbc_fault::failNext(odbc_fault::Call::Fetch, 1, "select * from apc_frodata_FanGroup_INITIAL", {}, 1);
     std::vector<std::int32_t> ids;
     EXPECT_TRUE(m_db->getFroIds(kFanGroup, ids));
-    EXPECT_EQ(ids, std::vector<std::int32_t>{object->getInternalId()}) << "the repeat starts from an empty list";
+    EXPECT_EQ(ids, (std::vector<std::int32_t>{object->getInternalId(), other->getInternalId()}))
+        << "the repeat starts from an empty list";
     EXPECT_EQ(odbc_fault::injected(odbc_fault::Call::Fetch), 1);
     EXPECT_TRUE(trace.contains("DB disconnected"));
 
@@ -453,7 +461,7 @@ TEST_F(ElibDbFroDatabaseTest, FaultsWhileReadingAreTracedAndRepeatedWhereTheLink
     odbc_fault::failNext(odbc_fault::Call::CloseCursor, 1, "'apc_frodata_fangroup_initial'");
     ids.clear();
     EXPECT_TRUE(m_db->getFroIds(kFanGroup, ids));
-    EXPECT_EQ(ids.size(), 1u);
+    EXPECT_EQ(ids.size(), 2u);
     EXPECT_TRUE(trace.contains("Error during SQLCloseCursor"));
     ose::Trace::reset();
 }
@@ -472,12 +480,12 @@ TEST_F(ElibDbFroDatabaseTest, TheSanityCheckReadsTheClassesThroughFaultsAndSkips
         return removal;
     };
     const std::string versions = "select * from apc_fro_versions order by frotype asc ";
-    traceCapture trace;
-    ose::Trace::configure("supSysFroDbLU:all");
 
     // The link drops while the class rows are read: all of it is read again.
     std::int32_t removal = emptyTheClass(1);
-    odbc_fault::failNext(odbc_fault::Call::Fetch, 1, versions);
+    traceCapture trace;
+    ose::Trace::configure("supSysFroDbLU:all");
+    odbc_fault::failNext(odbc_fault::Call::Fetch, 1, versions, {}, 5);
     odbc_fault::failNext(odbc_fault::Call::CloseCursor, 1, versions);
     ASSERT_TRUE(commit(removal));
     EXPECT_TRUE(trace.contains("NC::ElibDbFroDatabase::handleDisconnected DB Disconnected while executing " + versions));
@@ -494,6 +502,37 @@ TEST_F(ElibDbFroDatabaseTest, TheSanityCheckReadsTheClassesThroughFaultsAndSkips
     ose::Trace::reset();
     EXPECT_TRUE(trace.contains("NC::ElibDbFroDatabase::handleDisconnected Failed when trying to execute " + versions));
     EXPECT_EQ(dataTables(), std::vector<std::string>{"apc_frodata_PowerSupply_INITIAL"});
+}
+
+// The generic query of the object database, opened for the test.
+class GenericQuery : public DatabaseFacade {
+public:
+    using DatabaseFacade::DatabaseFacade;
+    using ElibDbFroDatabase::sqlExecFetchGetColumns;
+    using ElibDbFroDatabase::SqlRow;
+};
+
+TEST_F(ElibDbFroDatabaseTest, AGenericQueryPutsColumnsByNumberAndTakesWholeResultsOnly)
+{
+    GenericQuery db(m_config, *m_server);
+    const std::string efuse = "select * from apc_fro_versions where frotype = 117702667";
+    std::vector<GenericQuery::SqlRow> rows;
+    ASSERT_TRUE(db.sqlExecFetchGetColumns(efuse, {{3, "STRING"}, {1, "U32"}, {2, "STRING"}}, rows));
+    ASSERT_EQ(rows.size(), 1u);
+    EXPECT_EQ(rows[0].number, 117702667u);
+    EXPECT_EQ(rows[0].first, "EFuse");
+    EXPECT_EQ(rows[0].second, "apc_frodata_EFuse_INITIAL");
+
+    // Column 1 is the number of a row; there are no more than three.
+    EXPECT_FALSE(db.sqlExecFetchGetColumns(efuse, {{1, "STRING"}}, rows));
+    EXPECT_FALSE(db.sqlExecFetchGetColumns(efuse, {{2, "U32"}}, rows));
+    EXPECT_FALSE(db.sqlExecFetchGetColumns(efuse, {{4, "STRING"}}, rows));
+
+    // A number that is no U32 fails the whole read: no rows at all.
+    query("insert into apc_fro_versions values (-1, 'Broken', 'apc_frodata_Broken_INITIAL')");
+    EXPECT_FALSE(db.sqlExecFetchGetColumns("select * from apc_fro_versions order by frotype desc ",
+                                           {{1, "U32"}, {3, "STRING"}}, rows));
+    EXPECT_TRUE(rows.empty());
 }
 
 } // namespace

@@ -16,6 +16,7 @@ struct Fault {
     int injected = 0;
     std::string statementContains;
     std::string sqlState; // empty: the call's own
+    int passFirst = 0;    // matching calls let through before the first fault
 };
 
 std::array<Fault, 4> g_faults;
@@ -36,6 +37,10 @@ bool take(odbc_fault::Call call, SQLHANDLE handle, const char* defaultState, con
         return false;
     if (!f.statementContains.empty() && statement.find(f.statementContains) == std::string::npos)
         return false;
+    if (f.passFirst > 0) {
+        --f.passFirst;
+        return false;
+    }
     --f.armed;
     ++f.injected;
     g_diagHandle = handle;
@@ -53,11 +58,12 @@ Function real(const char* name)
 
 namespace odbc_fault {
 
-void failNext(Call call, int count, std::string statementContains, std::string sqlState)
+void failNext(Call call, int count, std::string statementContains, std::string sqlState, int passFirst)
 {
     fault(call).armed = count;
     fault(call).statementContains = std::move(statementContains);
     fault(call).sqlState = std::move(sqlState);
+    fault(call).passFirst = passFirst;
 }
 
 int injected(Call call)
@@ -105,7 +111,8 @@ SQLRETURN SQL_API SQLCloseCursor(SQLHSTMT statement)
     static const auto next = real<SQLRETURN(SQL_API*)(SQLHSTMT)>("SQLCloseCursor");
     // The cursor is closed all the same, so that the handle stays usable.
     const SQLRETURN rc = next(statement);
-    if (take(odbc_fault::Call::CloseCursor, statement, "HY000", g_statements[statement]))
+    // Nobody asks for its diagnostics: they must not stand for a later error.
+    if (take(odbc_fault::Call::CloseCursor, nullptr, "HY000", g_statements[statement]))
         return SQL_ERROR;
     return rc;
 }
@@ -116,7 +123,11 @@ SQLRETURN SQL_API SQLDriverConnect(SQLHDBC connection, SQLHWND window, SQLCHAR* 
     static const auto next =
         real<SQLRETURN(SQL_API*)(SQLHDBC, SQLHWND, SQLCHAR*, SQLSMALLINT, SQLCHAR*, SQLSMALLINT, SQLSMALLINT*,
                                  SQLUSMALLINT)>("SQLDriverConnect");
-    if (take(odbc_fault::Call::Connect, connection, "08001"))
+    const std::string text = in == nullptr              ? std::string()
+                             : inLength == SQL_NTS ? std::string(reinterpret_cast<const char*>(in))
+                                                   : std::string(reinterpret_cast<const char*>(in),
+                                                                 static_cast<std::size_t>(inLength < 0 ? 0 : inLength));
+    if (take(odbc_fault::Call::Connect, connection, "08001", text))
         return SQL_ERROR;
     return next(connection, window, in, inLength, out, outMax, outLength, completion);
 }

@@ -9,7 +9,9 @@
 //
 // A fault may be aimed: it then waits for a statement whose text contains
 // the given words (for SQLFetch and SQLCloseCursor: the statement last run
-// on that handle) and lets every other call pass.
+// on that handle; for SQLDriverConnect: the connection string) and lets every
+// other call pass, and it may let the first passFirst matching calls through
+// (a fetch that fails after some rows were read).
 
 #include <string>
 
@@ -17,7 +19,8 @@ namespace odbc_fault {
 
 enum class Call { ExecDirect, Fetch, Connect, CloseCursor };
 
-void failNext(Call call, int count, std::string statementContains = {}, std::string sqlState = {});
+void failNext(Call call, int count, std::string statementContains = {}, std::string sqlState = {},
+              int passFirst = 0);
 int injected(Call call);
 void reset();
 

@@ -133,7 +133,11 @@ private:
     static bool readableBack(const xmlDocumentRecord& record);
     bool saveFroAttributeTypes(std::uint32_t froType, const std::vector<std::string>& names,
                                const std::vector<std::string>& types, std::int32_t transactionId);
-    static bool typesAgree(std::uint32_t froType, const std::vector<std::string>& knownNames,
+    const BufferedType* bufferedType(std::uint32_t froType) const;
+    // The type words of a later object against those its class was made with.
+    bool attributeTypesKept(std::uint32_t froType, const std::vector<std::string>& names,
+                            const std::vector<std::string>& types);
+    static bool typesAgree(const char* who, std::uint32_t froType, const std::vector<std::string>& knownNames,
                            const std::vector<std::string>& knownTypes, const std::vector<std::string>& names,
                            const std::vector<std::string>& types);
     bool fetchFRO(std::int32_t froId, const std::string& table, const std::vector<std::string>& names,
