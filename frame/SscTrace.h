@@ -7,51 +7,15 @@
 
 namespace ssc_trace {
 
-inline ose::TraceGroupId swuGroup()
-{
-    static const ose::TraceGroupId id = ose::Trace::registerGroup("supSysCtrlSWU");
-    return id;
-}
-inline ose::TraceGroupId climateGroup()
-{
-    static const ose::TraceGroupId id = ose::Trace::registerGroup("supSysCtrlClimate");
-    return id;
-}
-inline ose::TraceGroupId powerGroup()
-{
-    static const ose::TraceGroupId id = ose::Trace::registerGroup("supSysCtrlPower");
-    return id;
-}
-inline ose::TraceGroupId batteryGroup()
-{
-    static const ose::TraceGroupId id = ose::Trace::registerGroup("supSysCtrlBattery");
-    return id;
-}
-inline ose::TraceGroupId battLogGroup()
-{
-    static const ose::TraceGroupId id = ose::Trace::registerGroup("supSysCtrlBattLog");
-    return id;
-}
-inline ose::TraceGroupId alarmGroup()
-{
-    static const ose::TraceGroupId id = ose::Trace::registerGroup("supSysCtrlAlarm");
-    return id;
-}
-inline ose::TraceGroupId equipmentGroup()
-{
-    static const ose::TraceGroupId id = ose::Trace::registerGroup("supSysCtrlEquipment");
-    return id;
-}
-inline ose::TraceGroupId priSecGroup()
-{
-    static const ose::TraceGroupId id = ose::Trace::registerGroup("supSysCtrlPriSec");
-    return id;
-}
-inline ose::TraceGroupId a4ciGroup()
-{
-    static const ose::TraceGroupId id = ose::Trace::registerGroup("supSysCtrlA4ci");
-    return id;
-}
+inline ose::TraceGroupId swuGroup() { return ose::traceGroup<"supSysCtrlSWU">(); }
+inline ose::TraceGroupId climateGroup() { return ose::traceGroup<"supSysCtrlClimate">(); }
+inline ose::TraceGroupId powerGroup() { return ose::traceGroup<"supSysCtrlPower">(); }
+inline ose::TraceGroupId batteryGroup() { return ose::traceGroup<"supSysCtrlBattery">(); }
+inline ose::TraceGroupId battLogGroup() { return ose::traceGroup<"supSysCtrlBattLog">(); }
+inline ose::TraceGroupId alarmGroup() { return ose::traceGroup<"supSysCtrlAlarm">(); }
+inline ose::TraceGroupId equipmentGroup() { return ose::traceGroup<"supSysCtrlEquipment">(); }
+inline ose::TraceGroupId priSecGroup() { return ose::traceGroup<"supSysCtrlPriSec">(); }
+inline ose::TraceGroupId a4ciGroup() { return ose::traceGroup<"supSysCtrlA4ci">(); }
 
 // Levels of the core.
 inline constexpr unsigned kError = 1;

@@ -20,6 +20,7 @@
 // never put work that must happen (a subscription, a send) inside a trace.
 
 #include <cstdarg>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -57,6 +58,26 @@ public:
 
 // The group of the kernel layer's own messages (bad use of the kernel calls).
 TraceGroupId oseTraceGroup();
+
+// A group's name as a template argument: traceGroup<"name">().
+template <std::size_t N>
+struct TraceGroupName {
+    constexpr TraceGroupName(const char (&text)[N])
+    {
+        for (std::size_t i = 0; i < N; ++i)
+            m_text[i] = text[i];
+    }
+    char m_text[N];
+};
+
+// The id of a group, registered at its first use, so that a subsystem's
+// group accessors need no start-up.
+template <TraceGroupName Name>
+TraceGroupId traceGroup()
+{
+    static const TraceGroupId id = Trace::registerGroup(Name.m_text);
+    return id;
+}
 
 } // namespace ose
 

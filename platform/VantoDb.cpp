@@ -10,11 +10,7 @@
 
 namespace {
 
-ose::TraceGroupId dbTrace()
-{
-    static const ose::TraceGroupId id = ose::Trace::registerGroup("supSysVtpIf");
-    return id;
-}
+ose::TraceGroupId dbTrace() { return ose::traceGroup<"supSysVtpIf">(); }
 
 // A connection attempt must not hang the process on a data source that does
 // not answer.

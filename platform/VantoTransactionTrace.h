@@ -3,8 +3,4 @@
 
 #include "ose/Trace.h"
 
-inline ose::TraceGroupId vtpGroup()
-{
-    static const ose::TraceGroupId id = ose::Trace::registerGroup("supSysVtpIf");
-    return id;
-}
+inline ose::TraceGroupId vtpGroup() { return ose::traceGroup<"supSysVtpIf">(); }

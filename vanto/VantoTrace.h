@@ -3,8 +3,4 @@
 
 #include "ose/Trace.h"
 
-inline ose::TraceGroupId vantoGroup()
-{
-    static const ose::TraceGroupId id = ose::Trace::registerGroup("vanto");
-    return id;
-}
+inline ose::TraceGroupId vantoGroup() { return ose::traceGroup<"vanto">(); }

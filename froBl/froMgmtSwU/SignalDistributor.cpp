@@ -11,11 +11,7 @@ using namespace fro_trace;
 
 namespace {
 
-ose::TraceGroupId sigGroup()
-{
-    static const ose::TraceGroupId id = ose::Trace::registerGroup("supSysSigSubscrLU");
-    return id;
-}
+ose::TraceGroupId sigGroup() { return ose::traceGroup<"supSysSigSubscrLU">(); }
 
 } // namespace
 

@@ -6,29 +6,13 @@
 
 namespace fro_trace {
 
-inline ose::TraceGroupId froGroup()
-{
-    static const ose::TraceGroupId id = ose::Trace::registerGroup("supSysFroLU");
-    return id;
-}
+inline ose::TraceGroupId froGroup() { return ose::traceGroup<"supSysFroLU">(); }
 
-inline ose::TraceGroupId xmlGroup()
-{
-    static const ose::TraceGroupId id = ose::Trace::registerGroup("supSysXmlLU");
-    return id;
-}
+inline ose::TraceGroupId xmlGroup() { return ose::traceGroup<"supSysXmlLU">(); }
 
-inline ose::TraceGroupId dbGroup()
-{
-    static const ose::TraceGroupId id = ose::Trace::registerGroup("supSysFroDbLU");
-    return id;
-}
+inline ose::TraceGroupId dbGroup() { return ose::traceGroup<"supSysFroDbLU">(); }
 
-inline ose::TraceGroupId mgmtGroup()
-{
-    static const ose::TraceGroupId id = ose::Trace::registerGroup("supSysFroMgmtSwU");
-    return id;
-}
+inline ose::TraceGroupId mgmtGroup() { return ose::traceGroup<"supSysFroMgmtSwU">(); }
 
 // Levels of the object process.
 inline constexpr unsigned kError = 1;
