@@ -19,6 +19,7 @@
 #include "froBl/froMgmtSwU/export/transMgr.h"
 #include "froBl/froMgmtSwU/export/xmlHandler.h"
 #include "froBl/froMgmtSwU/testSupport/localTransactionServer.h"
+#include "froBl/froMgmtSwU/testSupport/shadowMimText.h"
 #include "platform/VantoTransaction.h"
 #include "platform/VantoTransactionClient.h"
 #include "platform/VantoTransactionSignals.h"
@@ -104,17 +105,8 @@ private:
         if (m_transactions.createMO(tx, ldn, {}, {}, {}, kHwUnit, externalId) != 1)
             return false;
         const fRO* shadow = m_transactions.getFro(tx, ldn);
-        std::vector<std::string> names, types, values;
-        for (const AttrNameValue& a : shadow->attributes()) {
-            if (a.name() == transMgr::kTransState)
-                continue;
-            names.push_back(a.name());
-            types.push_back(a.type());
-            values.push_back(a.value());
-        }
         std::string xml;
-        return xmlHandler::instance().build(ldn, "1.0", names, types, values, xml) &&
-               m_database->saveFRO(tx, shadow->getInternalId(), kHwUnit, xml);
+        return shadowMimText(*shadow, ldn, xml) && m_database->saveFRO(tx, shadow->getInternalId(), kHwUnit, xml);
     }
 
     VantoDbConfig m_config;

@@ -15,6 +15,7 @@
 #include "froBl/froMgmtSwU/export/traniInterface.h"
 #include "froBl/froMgmtSwU/export/transMgr.h"
 #include "froBl/froMgmtSwU/export/xmlHandler.h"
+#include "froBl/froMgmtSwU/testSupport/shadowMimText.h"
 #include "froBl/froMgmtSwU/testSupport/traceCapture.h"
 #include "platform/VantoTransactionClient.h"
 #include "platform/VantoTransactionMgmtClient.h"
@@ -122,17 +123,8 @@ protected:
         if (m_transactions.createMO(tx, ldn, names, values, types, froType, externalId) != 1)
             return false;
         const fRO* shadow = m_transactions.getFro(tx, ldn);
-        Names n, t, v;
-        for (const AttrNameValue& a : shadow->attributes()) {
-            if (a.name() == transMgr::kTransState)
-                continue;
-            n.push_back(a.name());
-            t.push_back(a.type());
-            v.push_back(a.value());
-        }
         std::string xml;
-        return xmlHandler::instance().build(ldn, "1.0", n, t, v, xml) &&
-               m_database->saveFRO(tx, shadow->getInternalId(), froType, xml);
+        return shadowMimText(*shadow, ldn, xml) && m_database->saveFRO(tx, shadow->getInternalId(), froType, xml);
     }
     bool setInTx(std::int32_t tx, const std::string& ldn, const std::string& name, const std::string& value)
     {
