@@ -34,6 +34,9 @@ public:
     // NIL when the time is up.
     virtual ose::Signal* receiveWithTimeout(ose::Selector selector, std::uint32_t timeoutMs) = 0;
     virtual ose::PROCESS sender(ose::Signal* signal) = 0;
+    // The process a signal of that number sent to `pid` reaches (through
+    // phantoms); 0 when it would reach none.
+    virtual ose::PROCESS receiverOf(ose::PROCESS pid, ose::SIGSELECT sigNo) = 0;
     // The signal comes back to the caller when `pid` dies.
     virtual void attach(ose::Signal** signal, ose::PROCESS pid) = 0;
     virtual OsDateTime getDateTime() = 0;

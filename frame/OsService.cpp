@@ -32,6 +32,8 @@ ose::Signal* OsService::receiveWithTimeout(ose::Selector selector, std::uint32_t
     return handler().receiveWithTimeout(selector, timeoutMs);
 }
 ose::PROCESS OsService::sender(ose::Signal* signal) { return handler().sender(signal); }
+
+ose::PROCESS OsService::receiverOf(ose::PROCESS pid, ose::SIGSELECT sigNo) { return handler().receiverOf(pid, sigNo); }
 void OsService::attach(ose::Signal** signal, ose::PROCESS pid) { handler().attach(signal, pid); }
 OsDateTime OsService::getDateTime() { return handler().getDateTime(); }
 std::uint32_t OsService::getSystemTicks() { return handler().getSystemTicks(); }

@@ -18,6 +18,7 @@ public:
     static ose::Signal* receive(ose::Selector selector);
     static ose::Signal* receiveWithTimeout(ose::Selector selector, std::uint32_t timeoutMs);
     static ose::PROCESS sender(ose::Signal* signal);
+    static ose::PROCESS receiverOf(ose::PROCESS pid, ose::SIGSELECT sigNo);
     static void attach(ose::Signal** signal, ose::PROCESS pid);
     static OsDateTime getDateTime();
     static std::uint32_t getSystemTicks();

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <vector>
 
 namespace {
@@ -69,16 +70,23 @@ TEST_F(SSC_ServerTest, RegisteredSignalsReachTheirHandlersThroughTheDispatcherAn
     auto server = std::make_unique<PingServer>(m_dispatcher.get());
     server->registerSignals();
     EXPECT_EQ(m_dispatcher->subscriptionCount(), 2u);
-    EXPECT_TRUE(trace.contains("PingServer: Registering signal PING_REQ (0x1704601) in SignalDispatcher"));
+    EXPECT_EQ(trace.texts("supSysCtrlSWU", 7),
+              (std::vector<std::string>{
+                  "PingServer: Registering signal PING_REQ (0x1704601) in SignalDispatcher",
+                  "Added subscribeSignal with sigNo:" + std::to_string(kPing) + " and clientRef:1 in DispatcherList",
+                  "PingServer: Registering signal STATUS_REQ (0x1704602) in SignalDispatcher",
+                  "Added subscribeSignal with sigNo:" + std::to_string(kStatus) + " and clientRef:1 in DispatcherList",
+              }));
 
     m_dispatcher->dispatch(ose::alloc(8, kStatus));
     m_dispatcher->dispatch(ose::alloc(8, kPing));
     EXPECT_EQ(server->m_handled, (std::vector<ose::SIGSELECT>{kStatus + 1000, kPing}));
-    EXPECT_TRUE(trace.contains("PingServer: Handling signal STATUS_REQ (0x1704602)"));
+    EXPECT_EQ(trace.count("supSysCtrlSWU", 7, "PingServer: Handling signal STATUS_REQ (0x1704602)"), 1u);
 
     server.reset();
     EXPECT_EQ(m_dispatcher->subscriptionCount(), 0u);
-    EXPECT_TRUE(trace.contains("PingServer: Deregistering signal STATUS_REQ (0x1704602) in SignalDispatcher"));
+    EXPECT_EQ(trace.count("supSysCtrlSWU", 7, "PingServer: Deregistering signal STATUS_REQ (0x1704602) in SignalDispatcher"),
+              1u);
 }
 
 TEST_F(SSC_ServerTest, AnUnhandledOrNilSignalIsTracedAndNothingIsCalled)
@@ -89,8 +97,10 @@ TEST_F(SSC_ServerTest, AnUnhandledOrNilSignalIsTracedAndNothingIsCalled)
     server.receiveSignal(signal);
     server.receiveSignal(nullptr);
     EXPECT_TRUE(server.m_handled.empty());
-    EXPECT_TRUE(trace.contains("PingServer: Unhandled signal: 153"));
-    EXPECT_TRUE(trace.contains("Received NULL-pointer in PingServer::receiveSignal"));
+    EXPECT_EQ(trace.texts("supSysCtrlSWU", 5),
+              (std::vector<std::string>{"PingServer: Unhandled signal: 153",
+                                        "Received NULL-pointer in PingServer::receiveSignal"}));
+    EXPECT_EQ(trace.lines().size(), 2u) << "nothing else at levels 1 to 5";
     ose::free_buf(&signal);
 }
 
@@ -106,7 +116,7 @@ TEST_F(SSC_ServerTest, ThePhantomIsCreatedUnderTheProcessNameAndKilledOnceOnStop
         server.startProcess();
         server.startProcess(); // one phantom a server
         EXPECT_EQ(server.getPid(), 0x777u);
-        EXPECT_TRUE(trace.contains("Created phantom process: ping_server [pid: 1911]"));
+        EXPECT_EQ(trace.count("supSysCtrlSWU", 7, "Created phantom process: ping_server [pid: 1911]"), 1u);
         server.stopProcess();
         server.stopProcess();
         EXPECT_EQ(server.getPid(), 0u);

@@ -19,7 +19,10 @@ void traceSignal(unsigned level, ose::Signal* signal)
 
 } // namespace
 
-SignalDispatcher::SignalDispatcher() : m_ownPid(OsService::currentProcess()) {}
+SignalDispatcher::SignalDispatcher(std::uint32_t firstClientRef)
+    : m_ownPid(OsService::currentProcess()), m_nextClientRef(firstClientRef != 0 ? firstClientRef : 1)
+{
+}
 
 SignalDispatcher::~SignalDispatcher() = default;
 
@@ -96,33 +99,42 @@ void SignalDispatcher::sendSignal(ose::Signal* signal, ose::PROCESS pid)
     traceAndSend(signal, pid);
 }
 
-void SignalDispatcher::dispatchLocalDelivery(ose::PROCESS pid, ose::SIGSELECT sentSigNo, std::uint32_t timeoutMs)
+bool SignalDispatcher::sendForReply(ose::Signal* signal, ose::PROCESS pid, std::uint32_t timeoutMs)
 {
-    if (pid != m_ownPid) return;
-    if (ose::Signal* local = receiveWithTimeout(sentSigNo, timeoutMs)) dispatch(local);
+    if (signal == nullptr) {
+        SSC_TRACE(swuGroup(), kFlow, "Try to send signal = NIL");
+        return false;
+    }
+    const ose::SIGSELECT sigNo = ose::signalNumber(signal);
+    // A request that reaches no process can get no reply: waiting out the
+    // time-out would only stop the whole core for nothing.
+    const ose::PROCESS receiver = pid != 0 ? OsService::receiverOf(pid, sigNo) : 0;
+    if (receiver == 0) {
+        SSC_TRACE(swuGroup(), kUnexpected, "sendAndReceive of signal %d to %u: no process receives it, no reply can come",
+                  static_cast<int>(sigNo), static_cast<unsigned>(pid));
+        OsService::free(&signal);
+        return false;
+    }
+    traceAndSend(signal, pid);
+    // Addressed to this very process, directly or through one of its own
+    // phantoms: the local receiver runs first, so that its reply can come.
+    if (receiver == m_ownPid) {
+        if (ose::Signal* local = receiveWithTimeout(sigNo, timeoutMs)) dispatch(local);
+    }
+    return true;
 }
 
 ose::Signal* SignalDispatcher::sendAndReceive(ose::Signal* signal, ose::PROCESS pid, ose::SIGSELECT replySigNo,
                                               std::uint32_t timeoutMs)
 {
-    if (signal == nullptr) {
-        SSC_TRACE(swuGroup(), kFlow, "Try to send signal = NIL");
-        return nullptr;
-    }
-    const ose::SIGSELECT sentSigNo = traceAndSend(signal, pid);
-    dispatchLocalDelivery(pid, sentSigNo, timeoutMs);
+    if (!sendForReply(signal, pid, timeoutMs)) return nullptr;
     return receiveWithTimeout(replySigNo, timeoutMs);
 }
 
 ose::Signal* SignalDispatcher::sendAndReceive(ose::Signal* signal, ose::PROCESS pid, ose::SIGSELECT replySigNo1,
                                               ose::SIGSELECT replySigNo2, std::uint32_t timeoutMs)
 {
-    if (signal == nullptr) {
-        SSC_TRACE(swuGroup(), kFlow, "Try to send signal = NIL");
-        return nullptr;
-    }
-    const ose::SIGSELECT sentSigNo = traceAndSend(signal, pid);
-    dispatchLocalDelivery(pid, sentSigNo, timeoutMs);
+    if (!sendForReply(signal, pid, timeoutMs)) return nullptr;
     return receiveWithTimeout(replySigNo1, replySigNo2, timeoutMs);
 }
 

@@ -18,7 +18,8 @@ public:
     };
 
     // Reads the pid of the calling process: this dispatcher belongs to it.
-    SignalDispatcher();
+    // Client references count up from `firstClientRef`, skipping 0.
+    explicit SignalDispatcher(std::uint32_t firstClientRef = 1);
     ~SignalDispatcher() override;
 
     void sendSignal(ose::Signal* signal, ose::PROCESS pid) override;
@@ -45,8 +46,9 @@ public:
 private:
     // Sends after the trace of a sent signal; the number of what was sent.
     ose::SIGSELECT traceAndSend(ose::Signal* signal, ose::PROCESS pid);
-    // After a send to this very process: runs the local receiver first.
-    void dispatchLocalDelivery(ose::PROCESS pid, ose::SIGSELECT sentSigNo, std::uint32_t timeoutMs);
+    // The sending half of sendAndReceive; false when no reply can come (the
+    // signal is freed then).
+    bool sendForReply(ose::Signal* signal, ose::PROCESS pid, std::uint32_t timeoutMs);
     ose::Signal* receiveSelected(ose::Selector selector, std::uint32_t timeoutMs);
 
     ose::PROCESS m_ownPid;

@@ -109,7 +109,7 @@ TEST_F(SignalDispatcherTest, ARowUnderAnOldClientRefIsSkippedAndWithoutOtherRece
 
     m_dispatcher->dispatch(ose::alloc(8, kReq));
     EXPECT_TRUE(m_calls.empty());
-    EXPECT_TRUE(trace.contains("No receiver for signal:" + std::to_string(kReq) + " with OODB_Ref:0\n"));
+    EXPECT_EQ(trace.count("supSysCtrlSWU", 7, "No receiver for signal:" + std::to_string(kReq) + " with OODB_Ref:0"), 1u);
 
     // Subscribed anew under the new reference, the client is reached again.
     m_dispatcher->unsubscribeSignal(kReq, &renewed);
@@ -132,7 +132,7 @@ TEST_F(SignalDispatcherTest, ASecondSubscriptionOfTheSameClientAndBadArgumentsCh
     m_dispatcher->subscribeSignal(kOther, nullptr, c.m_clientRef);
     m_dispatcher->subscribeSignal(kOther, &c, 0);
     EXPECT_EQ(m_dispatcher->subscriptionCount(), 1u);
-    EXPECT_EQ(trace.count("Invalid inparameters in subscribe signal"), 3u);
+    EXPECT_EQ(trace.count("supSysCtrlSWU", 7, "Invalid inparameters in subscribe signal"), 3u);
 
     m_dispatcher->dispatch(ose::alloc(8, kReq));
     EXPECT_EQ(m_calls.size(), 1u);
@@ -183,9 +183,13 @@ TEST_F(SignalDispatcherTest, TheLoopTracesAReceivedSignalAndGoesOnAfterOneWithou
     m_dispatcher->receiveAndDispatch();
     m_dispatcher->receiveAndDispatch();
     EXPECT_EQ(m_calls.size(), 1u);
-    EXPECT_TRUE(trace.contains("No receiver for signal:18193 with OODB_Ref:0"));
-    EXPECT_TRUE(trace.contains("SigNo: " + std::to_string(kReq) + " ("));
-    EXPECT_TRUE(trace.contains(", 12 bytes)"));
+    EXPECT_EQ(trace.count("supSysCtrlSWU", 7, "No receiver for signal:18193 with OODB_Ref:0"), 1u);
+    const std::vector<std::string> received = trace.texts("supSysCtrlSWU", 16);
+    ASSERT_EQ(received.size(), 2u);
+    EXPECT_EQ(received[0].rfind("SigNo: 18193 (", 0), 0u) << received[0];
+    EXPECT_EQ(received[1].rfind("SigNo: " + std::to_string(kReq) + " (", 0), 0u) << received[1];
+    EXPECT_NE(received[1].find(", 12 bytes)"), std::string::npos) << received[1];
+    EXPECT_TRUE(trace.texts("supSysCtrlSWU", 15).empty()) << "nothing was sent";
 }
 
 TEST_F(SignalDispatcherTest, SendAndReceiveWithNilSendsNothingAndGivesNil)
@@ -194,7 +198,7 @@ TEST_F(SignalDispatcherTest, SendAndReceiveWithNilSendsNothingAndGivesNil)
     EXPECT_CALL(m_os, send(_, _)).Times(0);
     EXPECT_EQ(m_dispatcher->sendAndReceive(nullptr, 0x20000, kCfm, 100), nullptr);
     EXPECT_EQ(m_dispatcher->sendAndReceive(nullptr, 0x20000, kCfm, kOther, 100), nullptr);
-    EXPECT_EQ(trace.count("Try to send signal = NIL"), 2u);
+    EXPECT_EQ(trace.count("supSysCtrlSWU", 7, "Try to send signal = NIL"), 2u);
 }
 
 TEST_F(SignalDispatcherTest, SendAndReceiveToTheOwnProcessRunsTheLocalHandlerThenReturnsTheReply)
@@ -230,21 +234,75 @@ TEST_F(SignalDispatcherTest, SendAndReceiveToAnotherProcessTakesEitherReplyAndNo
     ose::free_buf(&reply);
 }
 
+TEST_F(SignalDispatcherTest, SendAndReceiveWhereNoProcessReceivesSendsNothingWaitsNotAndGivesNil)
+{
+    TraceCapture trace("supSysCtrlSWU:7");
+    m_os.markDead(0x20001);
+    EXPECT_CALL(m_os, send(_, _)).Times(0);
+    EXPECT_CALL(m_os, receiveWithTimeout(_, _)).Times(0);
+    EXPECT_EQ(m_dispatcher->sendAndReceive(ose::alloc(8, kReq), 0, kCfm, 100), nullptr);
+    EXPECT_EQ(m_dispatcher->sendAndReceive(ose::alloc(8, kReq), 0x20001, kCfm, kOther, 100), nullptr);
+    EXPECT_EQ(trace.texts("supSysCtrlSWU", 5),
+              (std::vector<std::string>{
+                  "sendAndReceive of signal " + std::to_string(kReq) + " to 0: no process receives it, no reply can come",
+                  "sendAndReceive of signal " + std::to_string(kReq) +
+                      " to 131073: no process receives it, no reply can come"}));
+}
+
+TEST_F(SignalDispatcherTest, SendAndReceiveThroughTheOwnPhantomRunsTheLocalHandlerFirst)
+{
+    constexpr ose::PROCESS kOwnPhantom = 0x10200;
+    m_os.addPhantom(kOwnPhantom, FakeOsHandler::kOwnPid);
+    RecordingClient& server = client("server");
+    subscribe(server, kReq);
+    server.m_onSignal = [&](ose::Signal* request) {
+        m_dispatcher->sendSignal(ose::alloc(8, kCfm), m_dispatcher->getSender(request));
+    };
+    ose::Signal* reply = m_dispatcher->sendAndReceive(ose::alloc(8, kReq), kOwnPhantom, kCfm, 2000);
+    ASSERT_NE(reply, nullptr);
+    EXPECT_EQ(ose::signalNumber(reply), kCfm);
+    EXPECT_EQ(m_calls.size(), 1u);
+    ose::free_buf(&reply);
+}
+
 TEST_F(SignalDispatcherTest, SendSignalWithoutAddresseeFreesTheSignal)
 {
     TraceCapture trace("supSysCtrlSWU:7");
     EXPECT_CALL(m_os, send(_, _)).Times(0);
     m_dispatcher->sendSignal(ose::alloc(8, kReq), 0);
     m_dispatcher->sendSignal(nullptr, 0x20000);
-    EXPECT_EQ(trace.count("sendSignal with invalid parameters"), 2u);
+    EXPECT_EQ(trace.count("supSysCtrlSWU", 7, "sendSignal with invalid parameters"), 2u);
 }
 
-TEST_F(SignalDispatcherTest, ClientReferencesStartAtOneAndAreNeverZero)
+TEST_F(SignalDispatcherTest, ClientReferencesStartAtOneAndAreNeverZeroAlsoAfterTheyWrap)
 {
     SignalDispatcher fresh;
     EXPECT_EQ(fresh.newClientRef(), 1u);
     EXPECT_EQ(fresh.newClientRef(), 2u);
     EXPECT_EQ(fresh.getOwnPid(), FakeOsHandler::kOwnPid);
+
+    // A reference of 0 would make every subscription of its client invalid.
+    SignalDispatcher nearTheEnd(0xFFFFFFFEu);
+    EXPECT_EQ(nearTheEnd.newClientRef(), 0xFFFFFFFEu);
+    EXPECT_EQ(nearTheEnd.newClientRef(), 0xFFFFFFFFu);
+    EXPECT_EQ(nearTheEnd.newClientRef(), 1u);
+    EXPECT_EQ(nearTheEnd.newClientRef(), 2u);
+}
+
+TEST_F(SignalDispatcherTest, SentSignalsAreTracedAtFifteenAndReceivedOnesAtSixteen)
+{
+    TraceCapture trace("supSysCtrlSWU:all");
+    RecordingClient& c = client("c");
+    subscribe(c, kReq);
+    m_dispatcher->sendSignal(ose::alloc(8, kCfm), 0x20000);
+    m_os.deliver(ose::alloc(8, kReq), 0x20000);
+    m_dispatcher->receiveAndDispatch();
+    const std::vector<std::string> sent = trace.texts("supSysCtrlSWU", 15);
+    const std::vector<std::string> received = trace.texts("supSysCtrlSWU", 16);
+    ASSERT_EQ(sent.size(), 1u);
+    ASSERT_EQ(received.size(), 1u);
+    EXPECT_EQ(sent[0].rfind("SigNo: " + std::to_string(kCfm) + " (", 0), 0u) << sent[0];
+    EXPECT_EQ(received[0].rfind("SigNo: " + std::to_string(kReq) + " (", 0), 0u) << received[0];
 }
 
 } // namespace

@@ -101,7 +101,6 @@ void TimerHandler::addTimer(std::uint32_t timeMs, TimerType timerType, TimerObse
 
 int TimerHandler::stopTimer(TimerType timerType, TimerObserverIf* observer, std::uint32_t argument)
 {
-    markRunningCyclicStopped(observer, &timerType, &argument);
     if (TimerData* running = findTimer(timerType, observer, argument)) {
         cancelOsTimer(running->handle);
         m_timers.removeFirst([running](const TimerData& row) { return &row == running; });
@@ -111,7 +110,7 @@ int TimerHandler::stopTimer(TimerType timerType, TimerObserverIf* observer, std:
 
 int TimerHandler::stopAllTimers(TimerObserverIf* observer)
 {
-    markRunningCyclicStopped(observer, nullptr, nullptr);
+    markRunningCyclicStopped(observer);
     EC_LinkedListIterator<TimerData> walk(m_timers);
     while (TimerData* timer = walk.next()) {
         if (timer->observer != observer) continue;
@@ -135,30 +134,35 @@ TimerData* TimerHandler::findTimer(TimerType timerType, TimerObserverIf* observe
     });
 }
 
-// A cyclic timer stopped from inside its own time-out must stay stopped: its
-// observer may be about to go away, and re-creating the timer afterwards would
-// call a deleted observer.
-void TimerHandler::markRunningCyclicStopped(TimerObserverIf* observer, const TimerType* timerType,
-                                            const std::uint32_t* argument)
+// An observer that goes away inside its own cyclic time-out stops all its
+// timers from its destructor: its running cyclic timer must then not be made
+// again after the time-out, or the next expiry would call a deleted observer.
+// (A plain stopTimer there finds no row and the timer goes on, as users of
+// the service expect.)
+void TimerHandler::markRunningCyclicStopped(TimerObserverIf* observer)
 {
-    for (RunningCyclic* running = m_pRunningCyclic; running != nullptr; running = running->pOuter) {
-        const TimerData& timer = *running->pTimer;
-        if (timer.observer != observer) continue;
-        if (timerType != nullptr && (timer.timerType != *timerType || timer.argument != *argument)) continue;
-        running->stopped = true;
-    }
+    for (RunningCyclic* running = m_pRunningCyclic; running != nullptr; running = running->pOuter)
+        if (running->pTimer->observer == observer) running->stopped = true;
 }
 
 bool TimerHandler::takeExpired(ose::Signal* signal, TimerData& expired)
 {
+    const ose::SIGSELECT sigNo = ose::signalNumber(signal);
     std::uint32_t timerRef = 0;
     if (!getTimerRef(signal, timerRef)) {
-        SSC_TRACE(swuGroup(), kUnexpected, "Timer expiry signal 0x%X too short, dropped",
-                  static_cast<unsigned>(ose::signalNumber(signal)));
+        SSC_TRACE(swuGroup(), kUnexpected, "Timer expiry signal 0x%X too short, dropped", static_cast<unsigned>(sigNo));
         return false;
     }
     TimerData* row = m_timers.find([timerRef](const TimerData& timer) { return timer.timerRef == timerRef; });
     if (row == nullptr) return false; // stopped or replaced while its signal was queued
+    // Only the kernel's own time-out carries the right kind; any other is stale
+    // or forged, and obeying it would turn a one-shot into a cyclic timer (or
+    // end a cyclic one).
+    if (row->cyclic != (sigNo == SSC_CYCLIC_TIMER_EXPIRED)) {
+        SSC_TRACE(swuGroup(), kUnexpected, "Timer expiry signal 0x%X for timer %u of the other kind, dropped",
+                  static_cast<unsigned>(sigNo), static_cast<unsigned>(timerRef));
+        return false;
+    }
     expired = *row;
     m_timers.removeFirst([row](const TimerData& timer) { return &timer == row; });
     deleteOsTimer(expired.handle);

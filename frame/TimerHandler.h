@@ -85,7 +85,7 @@ private:
     void handleExpiry(ose::Signal* signal);
     void handleCyclicExpiry(ose::Signal* signal);
     void handleTestTrigger(ose::Signal* signal);
-    void markRunningCyclicStopped(TimerObserverIf* observer, const TimerType* timerType, const std::uint32_t* argument);
+    void markRunningCyclicStopped(TimerObserverIf* observer);
 
     SignalDispatcherIf* m_pDispatcher; // not owned
     std::uint32_t m_clientRef;

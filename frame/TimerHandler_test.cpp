@@ -181,7 +181,7 @@ TEST_F(TimerHandlerTest, CyclicTimersNeedAtLeastOneSecond)
     TraceCapture trace("supSysCtrlSWU:7");
     EXPECT_EQ(TimerService::startCyclicTimer(999, 21, &m_observer, 0), 0);
     EXPECT_EQ(m_timers->timerCount(), 0u);
-    EXPECT_TRUE(trace.contains("999ms cyclic timer requested, too short time!"));
+    EXPECT_EQ(trace.count("supSysCtrlSWU", 7, "999ms cyclic timer requested, too short time!"), 1u);
     EXPECT_EQ(TimerService::startCyclicTimer(1000, 21, &m_observer, 0), 1);
     EXPECT_EQ(m_timers->m_created.back().sigNo, SSC_CYCLIC_TIMER_EXPIRED);
 }
@@ -208,14 +208,24 @@ TEST_F(TimerHandlerTest, ACyclicTimerIsOutOfTheListWhileItsObserverRunsAndComesB
     EXPECT_EQ(TimerService::isTimerRunning(21, &m_observer, 3), 1);
 }
 
-TEST_F(TimerHandlerTest, ACyclicTimerStoppedInsideItsOwnTimeoutStaysStopped)
+TEST_F(TimerHandlerTest, StopTimerInsideItsOwnCyclicTimeoutFindsNoRowAndTheTimerGoesOn)
 {
     TimerService::startCyclicTimer(1000, 21, &m_observer, 0);
-    m_observer.m_onTimeout = [&](TimerId id) { TimerService::stopTimer(id.timerType, &m_observer, id.argument); };
+    int stopped = -1;
+    int runningAfterStop = -1;
+    m_observer.m_onTimeout = [&](TimerId id) {
+        stopped = TimerService::stopTimer(id.timerType, &m_observer, id.argument);
+        runningAfterStop = TimerService::isTimerRunning(id.timerType, &m_observer, id.argument);
+    };
     m_timers->expireNewest();
     runQueued();
-    EXPECT_EQ(m_timers->timerCount(), 0u);
-    EXPECT_EQ(m_timers->m_created.size(), 1u);
+    EXPECT_EQ(stopped, 1);
+    EXPECT_EQ(runningAfterStop, 0);
+    EXPECT_EQ(m_timers->m_cancels, 0) << "there was no row to stop";
+    EXPECT_EQ(m_timers->timerCount(), 1u) << "the next period starts after the observer returned";
+    ASSERT_EQ(m_timers->m_created.size(), 2u);
+    EXPECT_EQ(m_timers->m_created[1].sigNo, SSC_CYCLIC_TIMER_EXPIRED);
+    EXPECT_EQ(TimerService::isTimerRunning(21, &m_observer, 0), 1);
 }
 
 TEST_F(TimerHandlerTest, AnObserverThatDeletesItselfInItsCyclicTimeoutIsNotCalledAgain)
@@ -267,8 +277,8 @@ TEST_F(TimerHandlerTest, StopAllTimersTakesOnlyThatObserversTimers)
     TimerService::stopAllTimers(&m_observer);
     EXPECT_EQ(m_timers->timerCount(), 1u);
     EXPECT_EQ(TimerService::isTimerRunning(1, &other, 0), 1);
-    EXPECT_EQ(trace.count("Timer cancelled from users list"), 2u);
-    EXPECT_EQ(trace.count("No Timer left in users list"), 1u);
+    EXPECT_EQ(trace.count("supSysCtrlSWU", 7, "Timer cancelled from users list"), 2u);
+    EXPECT_EQ(trace.count("supSysCtrlSWU", 7, "No Timer left in users list"), 1u);
 }
 
 TEST_F(TimerHandlerTest, TheTestTriggerFiresTheFirstTimerOfItsTypeAfterConfirmingAndRejectsOtherwise)
@@ -292,8 +302,9 @@ TEST_F(TimerHandlerTest, TheTestTriggerFiresTheFirstTimerOfItsTypeAfterConfirmin
     EXPECT_EQ(m_observer.m_calls, (std::vector<TimerId>{{21, 8}}));
     EXPECT_TRUE(confirmedBeforeTimeout);
     EXPECT_EQ(m_timers->timerCount(), 0u) << "a triggered cyclic timer is not made again";
-    EXPECT_TRUE(trace.contains("Triggered Timer 1 if type 21."));
-    EXPECT_TRUE(trace.contains("Sending SSC_TEST_TRIGGER_TIMER_CFM. timersFound: 1"));
+    EXPECT_EQ(trace.count("supSysCtrlSWU", 7, "Handling SSC_TEST_TRIGGER_TIMER_REQ"), 1u);
+    EXPECT_EQ(trace.count("supSysCtrlSWU", 7, "Triggered Timer 1 if type 21."), 1u);
+    EXPECT_EQ(trace.count("supSysCtrlSWU", 7, "Sending SSC_TEST_TRIGGER_TIMER_CFM. timersFound: 1"), 1u);
 
     // Its kernel time-out still runs; when it expires it finds no row.
     m_timers->expire(1);
@@ -308,7 +319,7 @@ TEST_F(TimerHandlerTest, TheTestTriggerFiresTheFirstTimerOfItsTypeAfterConfirmin
     ASSERT_EQ(m_os.sent().size(), 3u);
     EXPECT_EQ(ose::signalNumber(m_os.sent()[1].signal), SSC_TEST_TRIGGER_TIMER_REJ);
     EXPECT_EQ(ose::signalNumber(m_os.sent()[2].signal), SSC_TEST_TRIGGER_TIMER_REJ);
-    EXPECT_EQ(trace.count("Sending SSC_TEST_TRIGGER_TIMER_REJ"), 2u);
+    EXPECT_EQ(trace.count("supSysCtrlSWU", 7, "Sending SSC_TEST_TRIGGER_TIMER_REJ"), 2u);
 }
 
 TEST_F(TimerHandlerTest, AShortExpiryAndAForeignSignalNumberAreTracedAndDropped)
@@ -321,8 +332,44 @@ TEST_F(TimerHandlerTest, AShortExpiryAndAForeignSignalNumberAreTracedAndDropped)
     EXPECT_TRUE(trace.contains("too short"));
     ose::Signal* foreign = ose::alloc(8, 0x1234);
     m_timers->receiveSignal(foreign);
-    EXPECT_TRUE(trace.contains("Unknown signal (4660) arrived in receiveSignal"));
+    EXPECT_EQ(trace.count("supSysCtrlSWU", 1, "Unknown signal (4660) arrived in receiveSignal"), 1u);
     ose::free_buf(&foreign);
+}
+
+TEST_F(TimerHandlerTest, AnExpiryOfTheOtherKindIsTracedAndDroppedAndTheTimerStaysAsItWas)
+{
+    TraceCapture trace("supSysCtrlSWU:5");
+    auto forge = [&](ose::SIGSELECT sigNo, std::uint32_t timerRef) {
+        auto* signal = ose::alloc_as<SSC_TIMER_EXPIRED_S>(sigNo);
+        signal->timerRef = timerRef;
+        m_os.deliver(reinterpret_cast<ose::Signal*>(signal), FakeOsHandler::kOwnPid);
+    };
+    TimerService::startTimer(500, 7, &m_observer, 1);
+    TimerService::startCyclicTimer(1000, 8, &m_observer, 2);
+    const std::uint32_t oneShotRef = m_timers->m_created[0].timerRef;
+    const std::uint32_t cyclicRef = m_timers->m_created[1].timerRef;
+    forge(SSC_CYCLIC_TIMER_EXPIRED, oneShotRef);
+    forge(SSC_TIMER_EXPIRED, cyclicRef);
+    runQueued();
+    EXPECT_TRUE(m_observer.m_calls.empty());
+    EXPECT_EQ(m_timers->timerCount(), 2u);
+    EXPECT_EQ(m_timers->m_created.size(), 2u) << "the one-shot timer must not be made cyclic";
+    EXPECT_EQ(trace.count("supSysCtrlSWU", 5,
+                          "Timer expiry signal 0x1705001 for timer " + std::to_string(oneShotRef) +
+                              " of the other kind, dropped"),
+              1u);
+    EXPECT_EQ(trace.count("supSysCtrlSWU", 5,
+                          "Timer expiry signal 0x1705000 for timer " + std::to_string(cyclicRef) +
+                              " of the other kind, dropped"),
+              1u);
+
+    // The real expiries still work.
+    m_timers->expire(1);
+    m_timers->expire(2);
+    runQueued();
+    EXPECT_EQ(m_observer.m_calls, (std::vector<TimerId>{{7, 1}, {8, 2}}));
+    EXPECT_EQ(TimerService::isTimerRunning(7, &m_observer, 1), 0);
+    EXPECT_EQ(TimerService::isTimerRunning(8, &m_observer, 2), 1);
 }
 
 TEST_F(TimerHandlerTest, ARequestWithoutObserverIsRefused)

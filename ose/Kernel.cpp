@@ -160,6 +160,12 @@ bool get_pid_name(PROCESS pid, std::string& name)
     return true;
 }
 
+PROCESS receiver_of(PROCESS pid, SIGSELECT sigNo)
+{
+    World* world = World::current();
+    return world != nullptr ? world->receiverOf(pid, sigNo) : 0;
+}
+
 void delay(OSTIME ms)
 {
     if (World* world = worldFor("delay")) world->delay(ms);

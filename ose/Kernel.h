@@ -58,6 +58,12 @@ void kill_proc(PROCESS pid);
 PROCESS current_process();
 // The name of a living process; false when there is none.
 bool get_pid_name(PROCESS pid, std::string& name);
+// The process a signal of that number sent to `pid` would reach: phantoms'
+// redirections are followed, a proxy stands for the process behind its link.
+// 0 when the signal would be dropped (no such process, a phantom that
+// redirects nowhere). Lets a caller that waits for a reply know when none
+// can come.
+PROCESS receiver_of(PROCESS pid, SIGSELECT sigNo);
 void delay(OSTIME ms);
 
 // --- names and supervision ----------------------------------------------------

@@ -128,6 +128,26 @@ TEST_F(KernelTest, SendWithAGivenSenderKeepsThatSender)
     EXPECT_EQ(seen, stand);
 }
 
+TEST_F(KernelTest, ReceiverOfFollowsPhantomsByNumberAndIsZeroWhereASignalWouldBeDropped)
+{
+    PROCESS target = spawn("target", [] { delay(100000); });
+    PROCESS other = spawn("other", [] { delay(100000); });
+    PROCESS gone = spawn("gone", [] {});
+    std::vector<PROCESS> found;
+    spawn("asker", [&] {
+        const RedirEntry byNumber[] = {{2, target}, {0x77, other}};
+        PROCESS phantom = create_process(ProcessType::Phantom, "p1", {}, 0, 0, byNumber);
+        const RedirEntry toPhantom[] = {{1, phantom}};
+        PROCESS chained = create_process(ProcessType::Phantom, "p2", {}, 0, 0, toPhantom);
+        const RedirEntry nowhere[] = {{1, 0}};
+        PROCESS dead_end = create_process(ProcessType::Phantom, "p3", {}, 0, 0, nowhere);
+        found = {receiver_of(target, 1), receiver_of(chained, 1), receiver_of(chained, 0x77),
+                 receiver_of(dead_end, 1), receiver_of(gone, 1), receiver_of(0, 1)};
+    });
+    world().runFor(10);
+    EXPECT_EQ(found, (std::vector<PROCESS>{target, target, other, 0, 0, 0}));
+}
+
 TEST_F(KernelTest, SignalCastRefusesASignalShorterThanItsLayout)
 {
     spawn("p", [&] {

@@ -30,6 +30,7 @@ struct Registry {
     std::array<std::atomic<std::uint32_t>, Trace::kMaxGroups> masks{};
     std::FILE* out = stderr;
     bool ownsOut = false;
+    TraceSink sink;
 
     std::uint32_t maskFor(const std::string& name) const
     {
@@ -191,6 +192,13 @@ void Trace::setOutputStderr()
     r.ownsOut = false;
 }
 
+void Trace::setSink(TraceSink sink)
+{
+    Registry& r = registry();
+    std::lock_guard<std::mutex> lock(r.mutex);
+    r.sink = std::move(sink);
+}
+
 void Trace::vemit(TraceGroupId group, unsigned level, const char* file, int line, const char* format,
                   va_list args)
 {
@@ -198,7 +206,13 @@ void Trace::vemit(TraceGroupId group, unsigned level, const char* file, int line
     std::string where = detail::traceContext();
     std::string groupText = groupName(group);
     Registry& r = registry();
-    std::lock_guard<std::mutex> lock(r.mutex);
+    std::unique_lock<std::mutex> lock(r.mutex);
+    if (r.sink) {
+        TraceSink sink = r.sink; // called without the lock: it may trace or configure
+        lock.unlock();
+        sink(TraceRecord{where, groupText, level, file != nullptr ? file : "?", line, text});
+        return;
+    }
     std::fprintf(r.out, "%s %s %u %s:%d %s\n", where.c_str(), groupText.c_str(), level,
                  file != nullptr ? file : "?", line, text.c_str());
     std::fflush(r.out);

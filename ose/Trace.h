@@ -22,12 +22,24 @@
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
 namespace ose {
 
 using TraceGroupId = std::uint16_t;
+
+// One emitted line, as a sink sees it.
+struct TraceRecord {
+    std::string_view where; // world time, node and process
+    std::string_view group;
+    unsigned level;
+    std::string_view file;
+    int line;
+    std::string_view text;
+};
+using TraceSink = std::function<void(const TraceRecord&)>;
 
 class Trace {
 public:
@@ -49,6 +61,10 @@ public:
     // Output: stderr (the default) or a file, appended to.
     static bool setOutputFile(const std::string& path, std::string* error = nullptr);
     static void setOutputStderr();
+    // While a sink is set, every emitted line goes to it instead of the
+    // output (tests read levels and groups without parsing text). An empty
+    // sink restores the output.
+    static void setSink(TraceSink sink);
 
     static void emit(TraceGroupId group, unsigned level, const char* file, int line,
                      const char* format, ...) __attribute__((format(printf, 5, 6)));

@@ -428,11 +428,7 @@ void World::deliver(Signal* signal, PROCESS from, PROCESS to)
         }
         switch (process->kind()) {
         case ProcessKind::Phantom: {
-            const auto& table = process->m_redirection;
-            PROCESS next = table.empty() ? 0 : table[0].pid;
-            std::size_t count = table.empty() ? 0 : std::min<std::size_t>(table[0].sig, table.size());
-            for (std::size_t i = 1; i < count; ++i)
-                if (table[i].sig == signal->sigNo) next = table[i].pid;
+            PROCESS next = redirection(*process, signal->sigNo);
             if (next == 0) {
                 SSC_TRACE(oseTraceGroup(), 5, "signal %u to phantom %s that redirects it nowhere: freed",
                           static_cast<unsigned>(signal->sigNo), process->name().c_str());
@@ -455,6 +451,28 @@ void World::deliver(Signal* signal, PROCESS from, PROCESS to)
     }
     SSC_TRACE(oseTraceGroup(), 1, "signal %u to %u: redirections loop, freed", static_cast<unsigned>(signal->sigNo), to);
     SignalPool::release(signal);
+}
+
+PROCESS World::redirection(const Process& phantom, SIGSELECT sigNo)
+{
+    const auto& table = phantom.m_redirection;
+    PROCESS next = table.empty() ? 0 : table[0].pid;
+    std::size_t count = table.empty() ? 0 : std::min<std::size_t>(table[0].sig, table.size());
+    for (std::size_t i = 1; i < count; ++i)
+        if (table[i].sig == sigNo) next = table[i].pid;
+    return next;
+}
+
+PROCESS World::receiverOf(PROCESS pid, SIGSELECT sigNo) const
+{
+    PROCESS target = pid;
+    for (int hop = 0; hop <= kMaxRedirections; ++hop) {
+        const Process* process = findProcess(target);
+        if (process == nullptr) return 0;
+        if (process->kind() != ProcessKind::Phantom) return target;
+        target = redirection(*process, sigNo);
+    }
+    return 0;
 }
 
 void World::enqueue(Process& process, Signal* signal)

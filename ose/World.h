@@ -99,6 +99,8 @@ public:
     Process* findProcess(PROCESS pid) const;
 
     void send(Signal** signal, PROCESS from, PROCESS to);
+    // Where a signal of that number sent to `pid` would end up; 0 for nowhere.
+    PROCESS receiverOf(PROCESS pid, SIGSELECT sigNo) const;
     Signal* receive(Selector selector, OSTIME timeoutMs, PROCESS from);
     void delay(OSTIME ms);
     // The hunter, attacher or requester is given, so that outside programs
@@ -140,6 +142,8 @@ private:
 
     // Delivery.
     void deliver(Signal* signal, PROCESS from, PROCESS to);
+    // The next hop of a signal at a phantom: 0 when it redirects nowhere.
+    static PROCESS redirection(const Process& phantom, SIGSELECT sigNo);
     void enqueue(Process& process, Signal* signal);
     PROCESS senderOnFarSide(PROCESS from, LinkEnd& farEnd);
     PROCESS proxyFor(LinkEnd& end, PROCESS farPid, const std::string& name);

@@ -36,6 +36,8 @@ ose::Signal* WLOsHandler::receiveWithTimeout(ose::Selector selector, std::uint32
 
 ose::PROCESS WLOsHandler::sender(ose::Signal* signal) { return ose::sender(&signal); }
 
+ose::PROCESS WLOsHandler::receiverOf(ose::PROCESS pid, ose::SIGSELECT sigNo) { return ose::receiver_of(pid, sigNo); }
+
 void WLOsHandler::attach(ose::Signal** signal, ose::PROCESS pid) { ose::attach(signal, pid); }
 
 OsDateTime WLOsHandler::getDateTime()

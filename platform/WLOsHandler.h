@@ -14,6 +14,7 @@ public:
     ose::Signal* receive(ose::Selector selector) override;
     ose::Signal* receiveWithTimeout(ose::Selector selector, std::uint32_t timeoutMs) override;
     ose::PROCESS sender(ose::Signal* signal) override;
+    ose::PROCESS receiverOf(ose::PROCESS pid, ose::SIGSELECT sigNo) override;
     void attach(ose::Signal** signal, ose::PROCESS pid) override;
     OsDateTime getDateTime() override;
     std::uint32_t getSystemTicks() override;

@@ -7,6 +7,8 @@
 #include "ose/Kernel.h"
 #include "ose/TestWorld.h"
 
+#include <vector>
+
 namespace {
 
 using ose::testing::TestWorld;
@@ -76,6 +78,81 @@ TEST_F(WLOsHandlerTest, AServersPhantomIsHuntedByNameAndItsSignalsReachTheCorePr
     EXPECT_FALSE(foundAfterStop);
     EXPECT_EQ(server->getPid(), 0u);
     // The server must go while its dispatcher lives: inside the world.
+    world().post([&] { server.reset(); });
+    world().runFor(1);
+}
+
+// A server of the core that asks, from inside a handler, with sendAndReceive;
+// each answer tells how much world time the wait took.
+class AskingServer : public SSC_Server {
+public:
+    static constexpr ose::SIGSELECT kAsk = 0x1704611;
+    static constexpr ose::SIGSELECT kTold = 0x1704612;
+
+    explicit AskingServer(SignalDispatcherIf* dispatcher) : SSC_Server(dispatcher) {}
+    ~AskingServer() override { deregisterSignals(); }
+    const char* getProcessName() const override { return "asking_server"; }
+    const char* getServerName() const override { return "AskingServer"; }
+    std::unique_ptr<SignalIterator> createSignalIterator() override { return makeSignalIterator(*this, kTable); }
+
+    // Where the next kAsk asks: a pid, or 0xFFFFFFFF for the server's own phantom.
+    ose::PROCESS m_askWhom = 0;
+
+private:
+    void handleAsk(ose::Signal* signal)
+    {
+        const ose::PROCESS whom = m_askWhom == 0xFFFFFFFFu ? getPid() : m_askWhom;
+        const std::uint64_t before = ose::get_time_ms();
+        ose::Signal* reply = m_pDispatcher->sendAndReceive(ose::testing::word(kPing, 1), whom, kPong, 1000);
+        const std::uint32_t waited = static_cast<std::uint32_t>(ose::get_time_ms() - before);
+        const std::uint32_t answer = reply != nullptr ? ose::testing::valueOf(reply) : 0;
+        if (reply != nullptr) OsService::free(&reply);
+        ose::Signal* told = ose::testing::word(kTold, waited * 1000 + answer);
+        m_pDispatcher->sendSignal(told, m_pDispatcher->getSender(signal));
+    }
+    // The local receiver of a ping sent to the own phantom.
+    void handlePing(ose::Signal* signal)
+    {
+        m_pDispatcher->sendSignal(ose::testing::word(kPong, ose::testing::valueOf(signal) + 6),
+                                  m_pDispatcher->getSender(signal));
+    }
+
+    static constexpr SignalTableRow<AskingServer> kTable[] = {
+        {kAsk, "ASK", &AskingServer::handleAsk},
+        {kPing, "PING", &AskingServer::handlePing},
+    };
+};
+
+TEST_F(WLOsHandlerTest, SendAndReceiveReturnsAtOnceWhereNoReplyCanComeAndWaitsForALivePeer)
+{
+    std::unique_ptr<AskingServer> server;
+    spawn("SSC_THREAD", core_harness::coreBody([&](SignalDispatcher& dispatcher) {
+        server = std::make_unique<AskingServer>(&dispatcher);
+        server->registerSignals();
+        server->startProcess();
+    }));
+    ose::PROCESS gone = spawn("gone", [] {});
+    ose::PROCESS silent = spawn("silent", [] { ose::delay(100000); });
+    std::vector<std::uint32_t> told;
+    spawn("client", [&] {
+        ose::PROCESS phantom = 0;
+        ASSERT_TRUE(ose::hunt("asking_server", 0, &phantom, nullptr));
+        for (ose::PROCESS whom : {ose::PROCESS{0}, gone, ose::PROCESS{0xFFFFFFFFu}, silent}) {
+            server->m_askWhom = whom;
+            ose::Signal* ask = ose::testing::word(AskingServer::kAsk, 0);
+            ose::send(&ask, phantom);
+            const ose::SIGSELECT selector[] = {1, AskingServer::kTold};
+            ose::Signal* answer = ose::receive_w_tmo(5000, selector);
+            ASSERT_NE(answer, nullptr);
+            told.push_back(ose::testing::valueOf(answer));
+            ose::free_buf(&answer);
+        }
+    });
+    world().runFor(10000);
+    // waited ms * 1000 + the answer's value: pid 0 and a dead process answer
+    // at once with nothing; the own phantom is this very process, whose
+    // handler answers (1 + 6); a live but silent peer costs the time-out.
+    EXPECT_EQ(told, (std::vector<std::uint32_t>{0, 0, 7, 1000 * 1000}));
     world().post([&] { server.reset(); });
     world().runFor(1);
 }

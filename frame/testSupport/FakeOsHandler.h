@@ -12,6 +12,7 @@
 
 #include <deque>
 #include <map>
+#include <set>
 #include <vector>
 
 class FakeOsHandler : public OsHandler {
@@ -35,7 +36,8 @@ public:
             ose::free_buf(signal);
         }));
         ON_CALL(*this, send(_, _)).WillByDefault(Invoke([this](ose::Signal** signal, ose::PROCESS to) {
-            if (to == kOwnPid) {
+            auto phantom = m_phantoms.find(to);
+            if (to == kOwnPid || (phantom != m_phantoms.end() && phantom->second == kOwnPid)) {
                 deliver(*signal, kOwnPid);
             } else {
                 m_sent.push_back({*signal, to});
@@ -52,6 +54,11 @@ public:
         }));
         ON_CALL(*this, sigsize(_)).WillByDefault(Invoke([](ose::Signal* signal) { return ose::sigsize(&signal); }));
         ON_CALL(*this, currentProcess()).WillByDefault(::testing::Return(kOwnPid));
+        ON_CALL(*this, receiverOf(_, _)).WillByDefault(Invoke([this](ose::PROCESS pid, ose::SIGSELECT) {
+            if (pid == 0 || m_dead.count(pid) != 0) return ose::PROCESS{0};
+            auto phantom = m_phantoms.find(pid);
+            return phantom != m_phantoms.end() ? phantom->second : pid;
+        }));
     }
     ~FakeOsHandler() override { drain(); }
 
@@ -73,6 +80,7 @@ public:
     MOCK_METHOD(ose::Signal*, receive, (ose::Selector selector), (override));
     MOCK_METHOD(ose::Signal*, receiveWithTimeout, (ose::Selector selector, std::uint32_t timeoutMs), (override));
     MOCK_METHOD(ose::PROCESS, sender, (ose::Signal* signal), (override));
+    MOCK_METHOD(ose::PROCESS, receiverOf, (ose::PROCESS pid, ose::SIGSELECT sigNo), (override));
     MOCK_METHOD(void, attach, (ose::Signal** signal, ose::PROCESS pid), (override));
     MOCK_METHOD(OsDateTime, getDateTime, (), (override));
     MOCK_METHOD(std::uint32_t, getSystemTicks, (), (override));
@@ -88,6 +96,10 @@ public:
         m_queue.push_back(signal);
     }
     std::size_t queued() const { return m_queue.size(); }
+    // A process that is gone: nothing sent to it arrives.
+    void markDead(ose::PROCESS pid) { m_dead.insert(pid); }
+    // A phantom whose signals reach `target`.
+    void addPhantom(ose::PROCESS phantom, ose::PROCESS target) { m_phantoms[phantom] = target; }
     // Signals sent to other processes; the test frees what it takes.
     std::vector<Sent>& sent() { return m_sent; }
 
@@ -113,4 +125,6 @@ private:
     std::deque<ose::Signal*> m_queue;
     std::vector<Sent> m_sent;
     std::map<ose::Signal*, ose::PROCESS> m_senders;
+    std::set<ose::PROCESS> m_dead;
+    std::map<ose::PROCESS, ose::PROCESS> m_phantoms;
 };

@@ -1,44 +1,55 @@
 #pragma once
-// Sends the trace to a temporary file of this test process, with the given
-// configuration, for the life of the object; reads back what was written.
+// Collects the trace, with the given configuration, for the life of the
+// object: each line with its group and level, so that a test pins the level
+// a site engineer would read a text at, not only the words.
 
 #include "ose/Trace.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <fstream>
-#include <sstream>
 #include <string>
-
-#include <unistd.h>
+#include <vector>
 
 class TraceCapture {
 public:
+    struct Line {
+        std::string where;
+        std::string group;
+        unsigned level;
+        std::string file;
+        int line;
+        std::string text;
+    };
+
     explicit TraceCapture(const std::string& config)
-        : m_path(::testing::TempDir() + "trace_" + std::to_string(::getpid()) + ".txt")
     {
-        std::remove(m_path.c_str());
-        EXPECT_TRUE(ose::Trace::setOutputFile(m_path));
+        ose::Trace::setSink([this](const ose::TraceRecord& record) {
+            m_lines.push_back({std::string(record.where), std::string(record.group), record.level,
+                               std::string(record.file), record.line, std::string(record.text)});
+        });
         EXPECT_TRUE(ose::Trace::configure(config));
     }
     ~TraceCapture()
     {
         ose::Trace::reset();
-        ose::Trace::setOutputStderr();
-        std::remove(m_path.c_str());
+        ose::Trace::setSink({});
     }
     TraceCapture(const TraceCapture&) = delete;
     TraceCapture& operator=(const TraceCapture&) = delete;
 
+    const std::vector<Line>& lines() const { return m_lines; }
+
+    // Every line as the trace prints it.
     std::string text() const
     {
-        std::ifstream in(m_path);
-        std::stringstream content;
-        content << in.rdbuf();
-        return content.str();
+        std::string all;
+        for (const Line& line : m_lines)
+            all += line.where + " " + line.group + " " + std::to_string(line.level) + " " + line.file + ":" +
+                   std::to_string(line.line) + " " + line.text + "\n";
+        return all;
     }
     bool contains(const std::string& part) const { return text().find(part) != std::string::npos; }
+    // Occurrences of `part` in text().
     std::size_t count(const std::string& part) const
     {
         const std::string all = text();
@@ -46,7 +57,23 @@ public:
         for (std::size_t at = all.find(part); at != std::string::npos; at = all.find(part, at + part.size())) ++found;
         return found;
     }
+    // Lines of exactly this group, level and text.
+    std::size_t count(const std::string& group, unsigned level, const std::string& text) const
+    {
+        std::size_t found = 0;
+        for (const Line& line : m_lines)
+            if (line.group == group && line.level == level && line.text == text) ++found;
+        return found;
+    }
+    // Texts of the lines of one group and level, in order.
+    std::vector<std::string> texts(const std::string& group, unsigned level) const
+    {
+        std::vector<std::string> found;
+        for (const Line& line : m_lines)
+            if (line.group == group && line.level == level) found.push_back(line.text);
+        return found;
+    }
 
 private:
-    std::string m_path;
+    std::vector<Line> m_lines;
 };
