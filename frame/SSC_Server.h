@@ -24,6 +24,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 
 class SSC_Server : public SignalDispatcherClient, public ServerResolver {
 public:
@@ -84,7 +85,14 @@ public:
 protected:
     template <typename Server, std::size_t N>
     static std::unique_ptr<SignalIterator> makeSignalIterator(Server& server,
-                                                              const SignalTableRow<Server> (&table)[N]);
+                                                              const SignalTableRow<Server> (&table)[N])
+    {
+        return makeSignalIterator<Server>(server, std::span<const SignalTableRow<Server>>(table));
+    }
+    // Also for a server whose table is still empty.
+    template <typename Server>
+    static std::unique_ptr<SignalIterator> makeSignalIterator(Server& server,
+                                                              std::span<const SignalTableRow<Server>> table);
 
     SignalDispatcherIf* m_pDispatcher; // not owned
     ose::PROCESS m_pid = 0;            // the phantom; 0 while none exists
@@ -115,9 +123,9 @@ private:
     const SignalTableRow<Server>* m_pTable;
 };
 
-template <typename Server, std::size_t N>
+template <typename Server>
 std::unique_ptr<SSC_Server::SignalIterator> SSC_Server::makeSignalIterator(Server& server,
-                                                                           const SignalTableRow<Server> (&table)[N])
+                                                                           std::span<const SignalTableRow<Server>> table)
 {
-    return std::make_unique<TableIterator<Server>>(server, table, static_cast<std::uint32_t>(N));
+    return std::make_unique<TableIterator<Server>>(server, table.data(), static_cast<std::uint32_t>(table.size()));
 }

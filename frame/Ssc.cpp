@@ -1,5 +1,15 @@
 #include "frame/Ssc.h"
 
+#include "adapters/AlarmCtrlServer.h"
+#include "adapters/AlmAdapter.h"
+#include "adapters/ApcInciAdapter.h"
+#include "adapters/ApcInciClient.h"
+#include "adapters/ApcInciServer.h"
+#include "adapters/CmiAdapter.h"
+#include "adapters/EmiAdapter.h"
+#include "adapters/PciAdapter.h"
+#include "adapters/PmiAdapter.h"
+#include "climate/ClimateCtrlServer.h"
 #include "frame/SscTrace.h"
 
 using namespace ssc_trace;
@@ -18,62 +28,63 @@ SSC_Server* Ssc::getServer(ServerType type)
     return nullptr;
 }
 
-void Ssc::bringUp(SSC_Server* server)
+void Ssc::bringUp(SSC_Server& server)
 {
-    if (server == nullptr) return;
-    server->registerSignals();
-    server->startProcess();
+    server.registerSignals();
+    server.startProcess();
 }
 
+// The objects are made in this order, each owned by Ssc: the order in which
+// they are made and wired is the order in which their signals and events can
+// first reach each other. Objects of subsystems still to come take their
+// places between these.
 void Ssc::initialize()
 {
-    // Each object is made here, in this order, and owned by Ssc; the faults
-    // register is the last argument of the facades that report faults.
-    //  1. NodeFacade.
-    //  2. ExternalNodeFacade, with the node facade's NodeIf.
-    //  3. FanGroupFacade.
-    //  4. HdlcAddressFacade.
-    //  5. AlarmCtrlServer: the server of ServerType::AlarmControl.
-    //  6. ApcInciClient.
-    //  7. ApcInciServer: the server of ServerType::ApcInci.
-    //  8. The HWU_Broker singleton.
-    //  9. CabinetFacade.
-    // 10. ClimateFacade.
-    // 11. CmiAdapter.
-    // 12. The CMI adapter as event handler of HdlcAddressFacade and NodeFacade.
-    // 13. ClimateCtrlServer: the server of ServerType::ClimateControl.
-    // 14. BatteryBackupFacade, PowerSupplyFacade, PowerDistributionFacade.
-    // 15. PmiAdapter.
-    // 16. PciAdapter.
-    // 17. ApcInciAdapter.
-    // 18. BatteryBackupEventHandler and the PMI adapter as event handler of the
-    //     power supply and power distribution facades.
-    // 19. ScuFacade, SauFacade, BfuFacade, PsuFacade, CluFacade, PduFacade.
-    // 20. AlmAdapter.
-    // 21. EmiAdapter.
-    // 22. The EMI adapter as event handler of the equipment manager, the unit
-    //     facades and ExternalNodeFacade.
-    // 23. The CMI adapter as event handler of the fan group, cabinet and
-    //     climate facades.
+    SignalDispatcher* dispatcher = m_pDispatcher.get();
+    // The node, external node, fan group and hub position facades come first.
+    m_pAlarmCtrlServer = std::make_unique<AlarmCtrlServer>(dispatcher);
+    m_servers[0].pServer = m_pAlarmCtrlServer.get();
+    m_pApcInciClient = std::make_unique<ApcInciClient>(dispatcher);
+    m_pApcInciServer = std::make_unique<ApcInciServer>(dispatcher);
+    m_servers[1].pServer = m_pApcInciServer.get();
+    // The unit broker, the cabinet and climate facades.
+    m_pCmiAdapter = std::make_unique<CmiAdapter>(dispatcher);
+    m_pClimateCtrlServer = std::make_unique<ClimateCtrlServer>(dispatcher);
+    m_servers[2].pServer = m_pClimateCtrlServer.get();
+    // The battery backup, power supply and power distribution facades.
+    m_pPmiAdapter = std::make_unique<PmiAdapter>(dispatcher);
+    m_pPciAdapter = std::make_unique<PciAdapter>(dispatcher);
+    m_pApcInciAdapter = std::make_unique<ApcInciAdapter>(dispatcher);
+    // The battery backup event handler and the unit facades.
+    m_pAlmAdapter = std::make_unique<AlmAdapter>(dispatcher);
+    m_pEmiAdapter = std::make_unique<EmiAdapter>(dispatcher);
+    // The adapters become the event handlers of the facades here.
+    bringUpServers();
+}
 
-    // 24. Bring-up: ApcInciClient, PmiAdapter, EmiAdapter, AlmAdapter,
-    //     CmiAdapter come first, each with bringUp().
+void Ssc::bringUpServers()
+{
+    bringUp(*m_pApcInciClient);
+    bringUp(*m_pPmiAdapter);
+    bringUp(*m_pEmiAdapter);
+    bringUp(*m_pAlmAdapter);
+    bringUp(*m_pCmiAdapter);
     for (const ServerPair& pair : m_servers) {
-        // ApcInciServer publishes itself later, when the node's role is known:
-        // only its signals are registered here.
+        // The inter-node server publishes itself when the node's role is
+        // known: only its signals are registered here.
         if (pair.type == ServerType::ApcInci) {
-            if (pair.pServer != nullptr) pair.pServer->registerSignals();
+            pair.pServer->registerSignals();
             continue;
         }
-        bringUp(pair.pServer);
+        bringUp(*pair.pServer);
     }
-    //     Then PciAdapter and ApcInciAdapter.
+    bringUp(*m_pPciAdapter);
+    bringUp(*m_pApcInciAdapter);
 }
 
 void Ssc::createManagers()
 {
-    // 1. The alarm control server subscribes to the broker.
-    // 2. PowerCtrlManager.
-    // 3. ClimateCtrlManager, with its external node observer.
-    // 4. The broker's start.
+    // The alarm control server subscribes to the unit broker, then the power
+    // and climate managers are made and the broker is started; they come
+    // with their subsystems.
 }

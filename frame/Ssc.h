@@ -12,6 +12,17 @@
 #include <array>
 #include <memory>
 
+class AlarmCtrlServer;
+class AlmAdapter;
+class ApcInciAdapter;
+class ApcInciClient;
+class ApcInciServer;
+class ClimateCtrlServer;
+class CmiAdapter;
+class EmiAdapter;
+class PciAdapter;
+class PmiAdapter;
+
 class Ssc : public SscHandleIf {
 public:
     Ssc();
@@ -23,7 +34,9 @@ public:
     void setDispatcher(std::unique_ptr<SignalDispatcher> dispatcher);
     SignalDispatcher* getDispatcher() { return m_pDispatcher.get(); }
 
-    // Constructs the core's objects, wires them and brings up the servers.
+    // Constructs the core's objects, wires them and brings up the servers:
+    // each server registers its signals and gets its phantom, so that its
+    // name can be hunted from then on.
     void initialize();
     // The managers, which need the broker and the facades made before them.
     void createManagers();
@@ -33,8 +46,8 @@ public:
 
     EquipmentManagerIf* getEquipmentManager() override { return m_pEquipmentManager; }
     PowerCtrlManager* getPowerCtrlManager() override { return m_pPowerCtrlManager; }
-    ClimateCtrlServer* getClimateCtrlServer() override { return m_pClimateCtrlServer; }
-    AlarmCtrlServer* getAlarmCtrlServer() override { return m_pAlarmCtrlServer; }
+    ClimateCtrlServer* getClimateCtrlServer() override { return m_pClimateCtrlServer.get(); }
+    AlarmCtrlServer* getAlarmCtrlServer() override { return m_pAlarmCtrlServer.get(); }
     HWU_Broker* getHwuBroker() override { return m_pHwuBroker; }
     FanGroupEventIf* getFanGroupEventHandler() override { return m_pFanGroupEventHandler; }
     CabinetCtrlIf* getCabinetCtrl() override { return m_pCabinetCtrl; }
@@ -48,18 +61,30 @@ private:
         SSC_Server* pServer; // owned by the member that made it
     };
 
-    // Each server: its signals, then its phantom, in the order of bring-up.
-    void bringUp(SSC_Server* server);
+    // Each server: its signals, then its phantom.
+    static void bringUp(SSC_Server& server);
+    void bringUpServers();
 
+    // Declared in the order of the graph; destroyed the other way round, so
+    // the dispatcher outlives every server that deregisters from it.
     std::unique_ptr<SignalDispatcher> m_pDispatcher;
     std::array<ServerPair, 3> m_servers{{{ServerType::AlarmControl, nullptr},
                                          {ServerType::ApcInci, nullptr},
                                          {ServerType::ClimateControl, nullptr}}};
-    // Views handed out by the getters; each is set where its object is made.
     EquipmentManagerIf* m_pEquipmentManager = nullptr;
-    ClimateCtrlServer* m_pClimateCtrlServer = nullptr;
-    AlarmCtrlServer* m_pAlarmCtrlServer = nullptr;
-    // Then: the battery backup event handler, the facades, the adapters.
+    std::unique_ptr<ClimateCtrlServer> m_pClimateCtrlServer;
+    std::unique_ptr<AlarmCtrlServer> m_pAlarmCtrlServer;
+    std::unique_ptr<ApcInciClient> m_pApcInciClient;
+    std::unique_ptr<ApcInciServer> m_pApcInciServer;
+    // The battery backup event handler and the facades stand here, in the
+    // order in which they are made.
+    std::unique_ptr<AlmAdapter> m_pAlmAdapter;
+    std::unique_ptr<PmiAdapter> m_pPmiAdapter;
+    std::unique_ptr<EmiAdapter> m_pEmiAdapter;
+    std::unique_ptr<CmiAdapter> m_pCmiAdapter;
+    std::unique_ptr<PciAdapter> m_pPciAdapter;
+    std::unique_ptr<ApcInciAdapter> m_pApcInciAdapter;
+    // Views handed out by the getters; each is set where its object is made.
     PowerCtrlManager* m_pPowerCtrlManager = nullptr;
     HWU_Broker* m_pHwuBroker = nullptr;
     FanGroupEventIf* m_pFanGroupEventHandler = nullptr;
