@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <set>
 #include <sstream>
 
 namespace systemtest {
@@ -66,6 +67,38 @@ TEST(CoreSystemTest, TestTriggerIsRejectedWithoutTimerAndUnknownSignalsAreTraced
     EXPECT_NE(trace.find("No receiver for signal:18193 with OODB_Ref:0"), std::string::npos) << trace;
     EXPECT_NE(trace.find("Sending SSC_TEST_TRIGGER_TIMER_REJ"), std::string::npos);
     std::remove(traceFile.c_str());
+}
+
+// Each server of the core is reachable by its name from outside as soon as
+// the core has built it; the inter-node server has no phantom of its own.
+TEST(CoreSystemTest, EveryServerOfTheCoreIsHuntableFromOutsideByItsName)
+{
+    NodeProcess node({"--clock", "virtual"});
+    ose::GatewayClient client;
+    ASSERT_TRUE(client.connect(node.socketPath(), "tester", false)) << client.lastError();
+    auto core = client.hunt("SSC_THREAD", 1000);
+    ASSERT_TRUE(core && *core != 0);
+    const char* const names[] = {"ApcInci_Client",
+                                 "ssc_power_management_server",
+                                 "ssc_equipment_management_server",
+                                 "ALM_Server",
+                                 "ssc_cabinet_management_server",
+                                 "ssc_alarm_control_server",
+                                 "ssc_climate_control_server",
+                                 "ssc_power_control_server",
+                                 "APC_INCI_Server"};
+    std::set<ose::PROCESS> pids;
+    for (const char* name : names) {
+        auto pid = client.hunt(name, 1000);
+        ASSERT_TRUE(pid) << name << ": " << client.lastError();
+        EXPECT_NE(*pid, 0u) << name;
+        EXPECT_NE(*pid, *core) << name;
+        pids.insert(*pid);
+    }
+    EXPECT_EQ(pids.size(), std::size(names));
+    EXPECT_FALSE(client.hunt("APC_INCI_SERVER_NOT_A_NAME", 0).value_or(0));
+    client.close();
+    EXPECT_EQ(node.stop(), 0);
 }
 
 } // namespace
