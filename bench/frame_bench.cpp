@@ -174,6 +174,66 @@ void BM_KernelLoopThroughPhantom(benchmark::State& state)
 }
 BENCHMARK(BM_KernelLoopThroughPhantom);
 
+// A unit stand-in: a cyclic 1 s timer whose handler does a unit's smallest
+// piece of work (it counts and looks at its own timer).
+class CyclicUnit : public TimerObserverIf {
+public:
+    explicit CyclicUnit(std::uint32_t index) : m_index(index) {}
+    void timeout(TimerId timerId) override
+    {
+        if (timerId.argument == m_index) ++m_expiries;
+    }
+    std::uint64_t m_expiries = 0;
+
+private:
+    std::uint32_t m_index;
+};
+
+// The core with 60 units, each with a cyclic 1 s timer, among some 200
+// subscriptions; on the way out (the world unwinds it) it adds up the expiries.
+void runCoreWithUnits(std::uint32_t unitCount, std::uint64_t& expiries)
+{
+    Core core(200);
+    WLTimerHandler timers(core.dispatcher.get());
+    TimerService::setHandler(&timers);
+    std::vector<std::unique_ptr<CyclicUnit>> units;
+    struct Count {
+        std::uint64_t& total;
+        std::vector<std::unique_ptr<CyclicUnit>>& units;
+        ~Count()
+        {
+            for (auto& unit : units) total += unit->m_expiries;
+            TimerService::setHandler(nullptr);
+        }
+    } count{expiries, units};
+    for (std::uint32_t i = 0; i < unitCount; ++i) {
+        units.push_back(std::make_unique<CyclicUnit>(i));
+        TimerService::startCyclicTimer(1000, 7, units.back().get(), i);
+        ose::delay(1); // units are found one by one, so their pollers start spread out
+    }
+    core.dispatcher->run();
+}
+
+// One simulated day on the virtual clock: a site's month is thirty of these.
+void BM_SixtyCyclicTimersForASimulatedDay(benchmark::State& state)
+{
+    constexpr std::uint32_t kUnits = 60;
+    constexpr std::uint64_t kDayMs = 86'400'000;
+    for (auto _ : state) {
+        std::uint64_t expiries = 0;
+        {
+            ose::World world;
+            startProcess(world, "SSC_THREAD", [&expiries] { runCoreWithUnits(kUnits, expiries); }, 16);
+            world.runFor(kDayMs);
+        }
+        // Each timer started within the first 60 ms: a day holds 86,399 or
+        // 86,400 of its expiries.
+        if (expiries < kUnits * 86'399ull) state.SkipWithError("expiries were lost");
+        state.counters["expiries"] = static_cast<double>(expiries);
+    }
+}
+BENCHMARK(BM_SixtyCyclicTimersForASimulatedDay)->Unit(benchmark::kSecond)->Iterations(1)->Repetitions(3);
+
 } // namespace
 
 BENCHMARK_MAIN();

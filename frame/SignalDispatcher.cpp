@@ -44,17 +44,27 @@ void SignalDispatcher::dispatch(ose::Signal* signal)
     if (signal == nullptr) return;
     const ose::SIGSELECT sigNo = ose::signalNumber(signal);
     bool received = false;
-    // An iterator, not the list's cursor: a handler may dispatch again
-    // (sendAndReceive to this process) or change the subscriptions.
-    EC_LinkedListIterator<SignalSubscribers> walk(m_dispatcherList);
-    while (SignalSubscribers* row = walk.next()) {
-        SignalDispatcherClient* client = row->client;
-        if (row->sigNo != sigNo || client == nullptr || row->clientRef != client->getClientRef()) continue;
-        received = true;
-        client->receiveSignal(signal);
+    auto found = m_dispatcherList.find(sigNo);
+    if (found != m_dispatcherList.end()) {
+        // An iterator, not the list's cursor: a handler may dispatch again
+        // (sendAndReceive to this process) or change the subscriptions.
+        EC_LinkedListIterator<SignalSubscribers> walk(*found->second);
+        while (SignalSubscribers* row = walk.next()) {
+            SignalDispatcherClient* client = row->client;
+            if (client == nullptr || row->clientRef != client->getClientRef()) continue;
+            received = true;
+            client->receiveSignal(signal);
+        }
     }
     if (!received) SSC_TRACE(swuGroup(), kFlow, "No receiver for signal:%d with OODB_Ref:%d", static_cast<int>(sigNo), 0);
     OsService::free(&signal);
+}
+
+SignalDispatcher::Subscribers& SignalDispatcher::subscribersOf(ose::SIGSELECT sigNo)
+{
+    std::unique_ptr<Subscribers>& list = m_dispatcherList[sigNo];
+    if (list == nullptr) list = std::make_unique<Subscribers>();
+    return *list;
 }
 
 void SignalDispatcher::subscribeSignal(ose::SIGSELECT sigNo, SignalDispatcherClient* client, std::uint32_t clientRef)
@@ -63,21 +73,25 @@ void SignalDispatcher::subscribeSignal(ose::SIGSELECT sigNo, SignalDispatcherCli
         SSC_TRACE(swuGroup(), kFlow, "Invalid inparameters in subscribe signal");
         return;
     }
-    if (m_dispatcherList.find([&](const SignalSubscribers& row) { return row.sigNo == sigNo && row.client == client; }))
-        return;
-    m_dispatcherList.add({sigNo, clientRef, client});
+    Subscribers& subscribers = subscribersOf(sigNo);
+    if (subscribers.find([&](const SignalSubscribers& row) { return row.client == client; })) return;
+    subscribers.add({sigNo, clientRef, client});
+    ++m_subscriptionCount;
     SSC_TRACE(swuGroup(), kFlow, "Added subscribeSignal with sigNo:%d and clientRef:%d in DispatcherList",
               static_cast<int>(sigNo), static_cast<int>(clientRef));
 }
 
 void SignalDispatcher::unsubscribeSignal(ose::SIGSELECT sigNo, SignalDispatcherClient* client)
 {
-    EC_LinkedListIterator<SignalSubscribers> walk(m_dispatcherList);
+    auto found = m_dispatcherList.find(sigNo);
+    if (found == m_dispatcherList.end()) return;
+    EC_LinkedListIterator<SignalSubscribers> walk(*found->second);
     while (SignalSubscribers* row = walk.next()) {
-        if (row->sigNo != sigNo || row->client != client) continue;
+        if (row->client != client) continue;
         SSC_TRACE(swuGroup(), kFlow, "Removed subscribeSignal with sigNo:%d and clientRef:%d in DispatcherList",
                   static_cast<int>(row->sigNo), static_cast<int>(row->clientRef));
         walk.removeCurrent();
+        --m_subscriptionCount;
     }
 }
 

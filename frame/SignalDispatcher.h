@@ -8,6 +8,8 @@
 #include "frame/SignalDispatcherIf.h"
 
 #include <cstdint>
+#include <memory>
+#include <unordered_map>
 
 class SignalDispatcher : public SignalDispatcherIf, private Noncopyable {
 public:
@@ -41,7 +43,7 @@ public:
     void dispatch(ose::Signal* signal);
 
     ose::PROCESS getOwnPid() const { return m_ownPid; }
-    std::uint32_t subscriptionCount() const { return m_dispatcherList.count(); }
+    std::uint32_t subscriptionCount() const { return m_subscriptionCount; }
 
 private:
     // Sends after the trace of a sent signal; the number of what was sent.
@@ -51,7 +53,15 @@ private:
     bool sendForReply(ose::Signal* signal, ose::PROCESS pid, std::uint32_t timeoutMs);
     ose::Signal* receiveSelected(ose::Selector selector, std::uint32_t timeoutMs);
 
+    using Subscribers = EC_LinkedList<SignalSubscribers>;
+    // The list of one number; made at its first subscription.
+    Subscribers& subscribersOf(ose::SIGSELECT sigNo);
+
     ose::PROCESS m_ownPid;
-    EC_LinkedList<SignalSubscribers> m_dispatcherList;
+    // The subscriptions by number, each list newest first. A list, once made,
+    // stays while the dispatcher lives: a walk over it may be under way when
+    // its last row goes.
+    std::unordered_map<ose::SIGSELECT, std::unique_ptr<Subscribers>> m_dispatcherList;
+    std::uint32_t m_subscriptionCount = 0;
     std::uint32_t m_nextClientRef = 1;
 };

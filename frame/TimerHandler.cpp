@@ -1,6 +1,5 @@
 #include "frame/TimerHandler.h"
 
-#include "frame/EC_LinkedListIterator.h"
 #include "frame/OsService.h"
 #include "frame/SscTrace.h"
 #include "frame/TimerSignals.h"
@@ -69,17 +68,19 @@ int TimerHandler::startOrRestart(std::uint32_t timeMs, TimerType timerType, Time
         SSC_TRACE(swuGroup(), kUnexpected, "Timer of type %u requested without observer", timerType);
         return 0;
     }
-    if (TimerData* running = findTimer(timerType, observer, argument)) {
+    const std::uint32_t slot = findTimer(timerType, observer, argument);
+    if (slot != kNoSlot) {
+        TimerData& running = m_slots[slot].timer;
         // A restart keeps the reference, so a time-out that already expired
         // cannot be moved: its signal is queued and would fire the timer
         // early. It is replaced instead, and the queued signal finds no row.
         // A change between one-shot and cyclic is a new timer as well.
-        if (running->cyclic == cyclic && restartOsTimer(*running, timeMs)) {
-            running->timeMs = timeMs;
+        if (running.cyclic == cyclic && restartOsTimer(running, timeMs)) {
+            running.timeMs = timeMs;
             return 1;
         }
-        cancelOsTimer(running->handle);
-        m_timers.removeFirst([running](const TimerData& row) { return &row == running; });
+        cancelOsTimer(running.handle);
+        removeSlot(slot);
     }
     addTimer(timeMs, timerType, observer, argument, cyclic);
     return 1;
@@ -88,22 +89,48 @@ int TimerHandler::startOrRestart(std::uint32_t timeMs, TimerType timerType, Time
 void TimerHandler::addTimer(std::uint32_t timeMs, TimerType timerType, TimerObserverIf* observer,
                             std::uint32_t argument, bool cyclic)
 {
-    TimerData timer;
-    timer.timerRef = m_nextTimerRef++;
-    timer.timerType = timerType;
-    timer.argument = argument;
-    timer.observer = observer;
-    timer.timeMs = timeMs;
-    timer.cyclic = cyclic;
-    timer.handle = createOsTimer(timeMs, timer.timerRef, cyclic ? SSC_CYCLIC_TIMER_EXPIRED : SSC_TIMER_EXPIRED);
-    m_timers.add(timer);
+    std::uint32_t slot = 0;
+    if (m_freeSlots.empty()) {
+        slot = static_cast<std::uint32_t>(m_slots.size());
+        m_slots.emplace_back();
+    } else {
+        slot = m_freeSlots.back();
+        m_freeSlots.pop_back();
+    }
+    // References wrap after some years of cyclic timers; one still in use by
+    // a long timer is passed over.
+    std::uint32_t timerRef = m_nextTimerRef++;
+    while (!m_byRef.insert(timerRef, slot)) timerRef = m_nextTimerRef++;
+    m_byTriple.insert({timerType, observer, argument}, slot);
+    Slot& row = m_slots[slot];
+    row.used = true;
+    row.seq = m_nextSeq++;
+    row.timer = TimerData{};
+    row.timer.timerRef = timerRef;
+    row.timer.timerType = timerType;
+    row.timer.argument = argument;
+    row.timer.observer = observer;
+    row.timer.timeMs = timeMs;
+    row.timer.cyclic = cyclic;
+    row.timer.handle = createOsTimer(timeMs, timerRef, cyclic ? SSC_CYCLIC_TIMER_EXPIRED : SSC_TIMER_EXPIRED);
+}
+
+TimerData TimerHandler::removeSlot(std::uint32_t slot)
+{
+    Slot& row = m_slots[slot];
+    m_byRef.erase(row.timer.timerRef);
+    m_byTriple.erase({row.timer.timerType, row.timer.observer, row.timer.argument});
+    row.used = false;
+    m_freeSlots.push_back(slot);
+    return row.timer;
 }
 
 int TimerHandler::stopTimer(TimerType timerType, TimerObserverIf* observer, std::uint32_t argument)
 {
-    if (TimerData* running = findTimer(timerType, observer, argument)) {
-        cancelOsTimer(running->handle);
-        m_timers.removeFirst([running](const TimerData& row) { return &row == running; });
+    const std::uint32_t slot = findTimer(timerType, observer, argument);
+    if (slot != kNoSlot) {
+        cancelOsTimer(m_slots[slot].timer.handle);
+        removeSlot(slot);
     }
     return 1;
 }
@@ -111,11 +138,10 @@ int TimerHandler::stopTimer(TimerType timerType, TimerObserverIf* observer, std:
 int TimerHandler::stopAllTimers(TimerObserverIf* observer)
 {
     markRunningCyclicStopped(observer);
-    EC_LinkedListIterator<TimerData> walk(m_timers);
-    while (TimerData* timer = walk.next()) {
-        if (timer->observer != observer) continue;
-        cancelOsTimer(timer->handle);
-        walk.removeCurrent();
+    for (std::uint32_t slot = 0; slot < m_slots.size(); ++slot) {
+        if (!m_slots[slot].used || m_slots[slot].timer.observer != observer) continue;
+        cancelOsTimer(m_slots[slot].timer.handle);
+        removeSlot(slot);
         SSC_TRACE(swuGroup(), kFlow, "Timer cancelled from users list");
     }
     SSC_TRACE(swuGroup(), kFlow, "No Timer left in users list");
@@ -124,14 +150,40 @@ int TimerHandler::stopAllTimers(TimerObserverIf* observer)
 
 int TimerHandler::isTimerRunning(TimerType timerType, TimerObserverIf* observer, std::uint32_t argument)
 {
-    return findTimer(timerType, observer, argument) != nullptr ? 1 : 0;
+    return findTimer(timerType, observer, argument) != kNoSlot ? 1 : 0;
 }
 
-TimerData* TimerHandler::findTimer(TimerType timerType, TimerObserverIf* observer, std::uint32_t argument)
+std::size_t TimerHandler::TripleHash::operator()(const Triple& key) const
 {
-    return m_timers.find([&](const TimerData& row) {
-        return row.timerType == timerType && row.observer == observer && row.argument == argument;
-    });
+    // Observers lie 8 or more bytes apart; type and argument are small numbers.
+    const auto observer = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(key.observer));
+    return static_cast<std::size_t>((observer >> 3) ^ (std::uint64_t{key.timerType} << 40) ^
+                                    (std::uint64_t{key.argument} * 0xC2B2AE3D27D4EB4FULL));
+}
+
+std::uint32_t TimerHandler::findTimer(TimerType timerType, const TimerObserverIf* observer,
+                                      std::uint32_t argument) const
+{
+    const std::uint32_t* slot = m_byTriple.find({timerType, observer, argument});
+    return slot != nullptr ? *slot : kNoSlot;
+}
+
+std::uint32_t TimerHandler::findByRef(std::uint32_t timerRef) const
+{
+    const std::uint32_t* slot = m_byRef.find(timerRef);
+    return slot != nullptr ? *slot : kNoSlot;
+}
+
+// Only the test trigger asks by type: a walk is good enough there.
+std::uint32_t TimerHandler::findNewestOfType(TimerType timerType) const
+{
+    std::uint32_t newest = kNoSlot;
+    for (std::uint32_t slot = 0; slot < m_slots.size(); ++slot) {
+        const Slot& row = m_slots[slot];
+        if (!row.used || row.timer.timerType != timerType) continue;
+        if (newest == kNoSlot || row.seq > m_slots[newest].seq) newest = slot;
+    }
+    return newest;
 }
 
 // An observer that goes away inside its own cyclic time-out stops all its
@@ -153,8 +205,9 @@ bool TimerHandler::takeExpired(ose::Signal* signal, TimerData& expired)
         SSC_TRACE(swuGroup(), kUnexpected, "Timer expiry signal 0x%X too short, dropped", static_cast<unsigned>(sigNo));
         return false;
     }
-    TimerData* row = m_timers.find([timerRef](const TimerData& timer) { return timer.timerRef == timerRef; });
-    if (row == nullptr) return false; // stopped or replaced while its signal was queued
+    const std::uint32_t slot = findByRef(timerRef);
+    if (slot == kNoSlot) return false; // stopped or replaced while its signal was queued
+    const TimerData* row = &m_slots[slot].timer;
     // Only the kernel's own time-out carries the right kind; any other is stale
     // or forged, and obeying it would turn a one-shot into a cyclic timer (or
     // end a cyclic one).
@@ -163,8 +216,7 @@ bool TimerHandler::takeExpired(ose::Signal* signal, TimerData& expired)
                   static_cast<unsigned>(sigNo), static_cast<unsigned>(timerRef));
         return false;
     }
-    expired = *row;
-    m_timers.removeFirst([row](const TimerData& timer) { return &timer == row; });
+    expired = removeSlot(slot);
     deleteOsTimer(expired.handle);
     return true;
 }
@@ -187,7 +239,7 @@ void TimerHandler::handleCyclicExpiry(ose::Signal* signal)
     m_pRunningCyclic = running.pOuter;
     if (running.stopped) return;
     // The observer may have started the triple anew; its request stands.
-    if (findTimer(expired.timerType, expired.observer, expired.argument) != nullptr) return;
+    if (findTimer(expired.timerType, expired.observer, expired.argument) != kNoSlot) return;
     // The period counts from the end of the observer's work; a missed expiry
     // is not made up for.
     addTimer(expired.timeMs == 0 ? 1 : expired.timeMs, expired.timerType, expired.observer, expired.argument, true);
@@ -201,17 +253,15 @@ void TimerHandler::handleTestTrigger(ose::Signal* signal)
     if (request == nullptr)
         SSC_TRACE(swuGroup(), kUnexpected, "SSC_TEST_TRIGGER_TIMER_REQ too short, rejected");
     const TimerType timerType = request != nullptr ? static_cast<TimerType>(request->timerType) : 0;
-    TimerData* row = request == nullptr ? nullptr
-                                        : m_timers.find([timerType](const TimerData& t) { return t.timerType == timerType; });
-    if (row == nullptr) {
+    const std::uint32_t slot = request == nullptr ? kNoSlot : findNewestOfType(timerType);
+    if (slot == kNoSlot) {
         SSC_TRACE(swuGroup(), kFlow, "Sending SSC_TEST_TRIGGER_TIMER_REJ");
         m_pDispatcher->sendSignal(OsService::alloc(sizeof(SSC_TEST_TRIGGER_TIMER_REJ_S), SSC_TEST_TRIGGER_TIMER_REJ),
                                   requester);
         return;
     }
     // The kernel's time-out runs on; its signal finds no row and is dropped.
-    TimerData triggered = *row;
-    m_timers.removeFirst([row](const TimerData& timer) { return &timer == row; });
+    TimerData triggered = removeSlot(slot);
     deleteOsTimer(triggered.handle);
     SSC_TRACE(swuGroup(), kFlow, "Triggered Timer %d if type %d.", static_cast<int>(triggered.handle.seq),
               static_cast<int>(triggered.timerType));
@@ -224,7 +274,10 @@ void TimerHandler::handleTestTrigger(ose::Signal* signal)
 
 void TimerHandler::cancelAllOsTimers()
 {
-    EC_LinkedListIterator<TimerData> walk(m_timers);
-    while (TimerData* timer = walk.next()) cancelOsTimer(timer->handle);
-    m_timers.clear();
+    for (Slot& row : m_slots)
+        if (row.used) cancelOsTimer(row.timer.handle);
+    m_slots.clear();
+    m_freeSlots.clear();
+    m_byRef.clear();
+    m_byTriple.clear();
 }

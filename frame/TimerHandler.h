@@ -4,7 +4,7 @@
 // in its expiry signal, which comes back through the receive loop. The kernel
 // calls are left to a subclass (WLTimerHandler on the target, a fake in tests).
 
-#include "frame/EC_LinkedList.h"
+#include "frame/FlatHashMap.h"
 #include "frame/Noncopyable.h"
 #include "frame/SignalDispatcherClient.h"
 #include "frame/SignalDispatcherIf.h"
@@ -13,6 +13,7 @@
 #include "ose/Types.h"
 
 #include <cstdint>
+#include <vector>
 
 struct TimerData {
     ose::OSTMOREF handle;          // the kernel's time-out
@@ -48,7 +49,7 @@ public:
     virtual int isTimerRunning(TimerType timerType, TimerObserverIf* observer, std::uint32_t argument);
     virtual void init();
 
-    std::uint32_t timerCount() const { return m_timers.count(); }
+    std::uint32_t timerCount() const { return static_cast<std::uint32_t>(m_byRef.size()); }
 
 protected:
     // Asks the kernel to send an 8-byte signal `sigNo` carrying `timerRef`
@@ -68,19 +69,45 @@ protected:
     void cancelAllOsTimers();
 
 private:
-    // A cyclic timer whose observer runs: not in the list meanwhile.
+    // A cyclic timer whose observer runs: not in the table meanwhile.
     struct RunningCyclic {
         const TimerData* pTimer;
         bool stopped;
         RunningCyclic* pOuter;
     };
 
+    // A row of the table; `seq` orders rows by when they were added.
+    struct Slot {
+        TimerData timer;
+        std::uint64_t seq = 0;
+        bool used = false;
+    };
+
+    struct Triple {
+        TimerType timerType = 0;
+        const TimerObserverIf* observer = nullptr;
+        std::uint32_t argument = 0;
+        friend bool operator==(const Triple&, const Triple&) = default;
+    };
+    struct TripleHash {
+        std::size_t operator()(const Triple& key) const;
+    };
+    struct RefHash {
+        std::size_t operator()(std::uint32_t timerRef) const { return timerRef; }
+    };
+    static constexpr std::uint32_t kNoSlot = UINT32_MAX;
+
     int startOrRestart(std::uint32_t timeMs, TimerType timerType, TimerObserverIf* observer, std::uint32_t argument,
                        bool cyclic);
     void addTimer(std::uint32_t timeMs, TimerType timerType, TimerObserverIf* observer, std::uint32_t argument,
                   bool cyclic);
-    TimerData* findTimer(TimerType timerType, TimerObserverIf* observer, std::uint32_t argument);
-    // Takes the row of an expiry out of the list; false for an unknown reference.
+    std::uint32_t findTimer(TimerType timerType, const TimerObserverIf* observer, std::uint32_t argument) const;
+    std::uint32_t findByRef(std::uint32_t timerRef) const;
+    // The newest timer of a type; kNoSlot when none runs.
+    std::uint32_t findNewestOfType(TimerType timerType) const;
+    // Takes a row out of the table and gives its timer.
+    TimerData removeSlot(std::uint32_t slot);
+    // Takes the row of an expiry out of the table; false for an unknown reference.
     bool takeExpired(ose::Signal* signal, TimerData& expired);
     void handleExpiry(ose::Signal* signal);
     void handleCyclicExpiry(ose::Signal* signal);
@@ -90,6 +117,12 @@ private:
     SignalDispatcherIf* m_pDispatcher; // not owned
     std::uint32_t m_clientRef;
     std::uint32_t m_nextTimerRef = 0;
-    EC_LinkedList<TimerData> m_timers;
+    std::uint64_t m_nextSeq = 0;
+    // Rows stay where they are while they run; freed rows are reused, so a
+    // timer that expires and starts again allocates nothing.
+    std::vector<Slot> m_slots;
+    std::vector<std::uint32_t> m_freeSlots;
+    FlatHashMap<std::uint32_t, std::uint32_t, RefHash> m_byRef;
+    FlatHashMap<Triple, std::uint32_t, TripleHash> m_byTriple;
     RunningCyclic* m_pRunningCyclic = nullptr;
 };

@@ -1,14 +1,17 @@
 #pragma once
 // Pending time-outs of one world, ordered by their time and, at equal times,
 // by the order in which they were requested (so runs repeat exactly).
+//
+// A binary heap over a table of rows that are reused: a time-out requested,
+// cancelled or expired allocates nothing once the table has grown to the
+// world's number of pending time-outs, and a reference finds its row at once.
 
 #include "ose/Signal.h"
 #include "ose/Types.h"
 
 #include <cstdint>
-#include <map>
 #include <optional>
-#include <utility>
+#include <vector>
 
 namespace ose {
 
@@ -35,10 +38,26 @@ public:
     bool popDue(std::uint64_t now, TimeoutEntry& entry);
     // Drops every entry of a process that died, freeing their signals.
     void dropEntriesOf(PROCESS pid);
-    std::size_t size() const { return m_entries.size(); }
+    std::size_t size() const { return m_heap.size(); }
 
 private:
-    std::map<std::pair<std::uint64_t, std::uint64_t>, TimeoutEntry> m_entries;
+    struct Row {
+        std::uint64_t when = 0;
+        std::uint64_t seq = 0;      // 0 while the row is free
+        std::uint32_t heapIndex = 0;
+        TimeoutEntry entry;
+    };
+
+    bool earlier(std::uint32_t a, std::uint32_t b) const;
+    void place(std::uint32_t heapIndex, std::uint32_t row);
+    void siftUp(std::uint32_t heapIndex);
+    void siftDown(std::uint32_t heapIndex);
+    // Takes a row out of the heap and frees it; gives its entry.
+    TimeoutEntry remove(std::uint32_t row);
+
+    std::vector<Row> m_rows;
+    std::vector<std::uint32_t> m_freeRows;
+    std::vector<std::uint32_t> m_heap; // rows, earliest first
     std::uint64_t m_nextSeq = 1;
 };
 

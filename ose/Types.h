@@ -40,6 +40,7 @@ using OSATTREF = std::uint64_t;
 struct OSTMOREF {
     std::uint64_t when = 0;
     std::uint64_t seq = 0; // 0: no request
+    std::uint32_t slot = 0; // where the world keeps it, checked against seq
 };
 
 } // namespace ose
