@@ -1,6 +1,7 @@
 // Costs of the kernel layer: what every signal, hunt and time-out of the
 // system pays.
 
+#include "ose/Fiber.h"
 #include "ose/Kernel.h"
 #include "ose/World.h"
 
@@ -22,6 +23,42 @@ PROCESS startProcess(World& world, const std::string& name, std::function<void()
     world.start(pid);
     return pid;
 }
+
+// Floor of a process switch: one fiber entered and left again, with no
+// scheduler between (two stack switches an iteration).
+void BM_BareFiberSwitch(benchmark::State& state)
+{
+    struct Loop {
+        Fiber* pFiber = nullptr;
+        static void body(void* argument)
+        {
+            auto* loop = static_cast<Loop*>(argument);
+            for (;;) loop->pFiber->suspend();
+        }
+    } loop;
+    Fiber fiber(Fiber::kMinStackSize, &Loop::body, &loop);
+    loop.pFiber = &fiber;
+    for (auto _ : state) fiber.resume();
+}
+BENCHMARK(BM_BareFiberSwitch)->Repetitions(5)->ReportAggregatesOnly(true);
+
+// Floor of a round trip: two processes of equal priority giving way to each
+// other (delay 0), so that each iteration is two switches between processes
+// through the scheduler, as a signal round trip is, without the signals.
+void BM_SchedulerPingPong(benchmark::State& state)
+{
+    World world;
+    bool done = false;
+    startProcess(world, "pong", [&done] {
+        while (!done) delay(0);
+    });
+    startProcess(world, "ping", [&] {
+        for (auto _ : state) delay(0);
+        done = true;
+    });
+    world.runUntilIdle();
+}
+BENCHMARK(BM_SchedulerPingPong)->Repetitions(5)->ReportAggregatesOnly(true);
 
 // send, receive, reply, receive: two processes of equal priority.
 void BM_SignalRoundTrip(benchmark::State& state)

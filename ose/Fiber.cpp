@@ -108,6 +108,7 @@ void Fiber::startFromContext(unsigned high, unsigned low)
 
 void Fiber::resume()
 {
+    m_fromScheduler = true;
 #if defined(OSE_ASAN_FIBERS)
     __sanitizer_start_switch_fiber(&m_schedulerFakeStack, m_stackBottom, m_stackSize);
 #endif
@@ -133,10 +134,39 @@ void Fiber::switchOut(bool last)
     auto* pair = static_cast<ContextPair*>(m_context);
     swapcontext(&pair->fiber, &pair->scheduler);
 #endif
-#if defined(OSE_ASAN_FIBERS)
-    __sanitizer_finish_switch_fiber(m_fiberFakeStack, &m_schedulerBottom, &m_schedulerSize);
-#endif
+    arrived();
     (void)last;
+}
+
+void Fiber::switchTo(Fiber& next)
+{
+#if defined(__x86_64__)
+    next.m_schedulerSp = m_schedulerSp;
+    next.m_schedulerBottom = m_schedulerBottom;
+    next.m_schedulerSize = m_schedulerSize;
+    next.m_fromScheduler = false;
+#if defined(OSE_ASAN_FIBERS)
+    __sanitizer_start_switch_fiber(&m_fiberFakeStack, next.m_stackBottom, next.m_stackSize);
+#endif
+    ose_fiber_switch(&m_fiberSp, next.m_fiberSp);
+    arrived();
+#else
+    (void)next;
+    std::abort(); // callers check kCanSwitchDirectly
+#endif
+}
+
+void Fiber::arrived()
+{
+#if defined(OSE_ASAN_FIBERS)
+    const void* fromBottom = nullptr;
+    std::size_t fromSize = 0;
+    __sanitizer_finish_switch_fiber(m_fiberFakeStack, &fromBottom, &fromSize);
+    if (m_fromScheduler) {
+        m_schedulerBottom = fromBottom;
+        m_schedulerSize = fromSize;
+    }
+#endif
 }
 
 void Fiber::suspend()

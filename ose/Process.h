@@ -44,6 +44,11 @@ public:
     RunState m_state = RunState::Created;
     SignalQueue m_queue;
 
+    // The ready queue's links: a process waits there at most once.
+    Process* m_pReadyPrev = nullptr;
+    Process* m_pReadyNext = nullptr;
+    bool m_inReadyQueue = false;
+
     // Fibers.
     std::function<void()> m_entry;
     std::unique_ptr<Fiber> m_pFiber;

@@ -1,12 +1,12 @@
 #pragma once
 // Ready processes by priority: the highest priority (0) first, first come
-// first served within a priority.
+// first served within a priority. Each level is a list through the processes
+// themselves, so that making a process ready allocates nothing.
 
 #include "ose/Types.h"
 
 #include <array>
 #include <cstdint>
-#include <deque>
 
 namespace ose {
 
@@ -16,6 +16,7 @@ class ReadyQueue {
 public:
     static constexpr unsigned kLevels = kLowestPriority + 1;
 
+    // A process already waiting is moved, not queued twice.
     void pushBack(Process* process);
     // A process that was preempted goes back in front of its equals.
     void pushFront(Process* process);
@@ -26,7 +27,12 @@ public:
     bool empty() const { return m_occupied == 0; }
 
 private:
-    std::array<std::deque<Process*>, kLevels> m_levels;
+    struct Level {
+        Process* pFirst = nullptr;
+        Process* pLast = nullptr;
+    };
+
+    std::array<Level, kLevels> m_levels;
     std::uint32_t m_occupied = 0; // bit n set: level n is not empty
 };
 

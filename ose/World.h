@@ -137,6 +137,7 @@ private:
     void resumeProcess(Process& process);
     void makeReady(Process& process);
     void block(Process& process);
+    Process* handOffTarget(Process& process);
     void preemptIfNeeded();
     Process* requireRunningProcess(const char* operation);
 

@@ -2,6 +2,8 @@
 #include "ose/Trace.h"
 
 #include <cstdio>
+#include <poll.h>
+#include <unistd.h>
 #include <fstream>
 #include <sstream>
 #include <thread>
@@ -306,6 +308,89 @@ TEST_F(WorldTest, PostFromAnotherThreadRunsOnTheWorldAndStopEndsRun)
     world().run();
     outside.join();
     EXPECT_EQ(got, (std::vector<std::uint32_t>{1, 2, 3}));
+}
+
+// Processes that only give way to each other switch straight from one to the
+// other; outside work, a stop and watched descriptors must still get their
+// turn, or such a pair would hold the world for ever.
+TEST_F(WorldTest, ProcessesThatOnlyGiveWayToEachOtherStillLetPostedWorkAndStopIn)
+{
+    std::uint64_t turns = 0;
+    bool posted = false;
+    spawn("ping", [&] {
+        for (;;) {
+            if (++turns == 1000) world().post([&] {
+                posted = true;
+                world().stop();
+            });
+            delay(0);
+        }
+    });
+    spawn("pong", [] {
+        for (;;) delay(0);
+    });
+    world().run();
+    EXPECT_TRUE(posted);
+    EXPECT_GE(turns, 1000u);
+}
+
+TEST_F(WorldTest, ProcessesThatOnlyGiveWayToEachOtherStillLetAWatchedDescriptorBeHeard)
+{
+    int fds[2];
+    ASSERT_EQ(pipe(fds), 0);
+    const char byte = 'x';
+    ASSERT_EQ(write(fds[1], &byte, 1), 1);
+    bool heard = false;
+    world().watchFd(fds[0], POLLIN, [this, &heard, &fds](short) {
+        char in = 0;
+        EXPECT_EQ(read(fds[0], &in, 1), 1);
+        heard = true;
+        world().stop();
+    });
+    auto busy = [] {
+        for (;;) delay(0);
+    };
+    spawn("ping", busy);
+    spawn("pong", busy);
+    world().run();
+    EXPECT_TRUE(heard);
+    world().unwatchFd(fds[0]);
+    close(fds[0]);
+    close(fds[1]);
+}
+
+// Order across a switch straight from process to process: a time-out that is
+// due when one blocks is fired before the next is chosen, and a higher
+// priority made ready still comes first.
+TEST_F(WorldTest, ASwitchBetweenProcessesFiresDueTimeOutsFirstAndKeepsPriorities)
+{
+    std::vector<std::string> order;
+    PROCESS urgent = spawn("urgent", [&] {
+        Signal* s = receive(kAnySignal);
+        order.push_back("urgent");
+        free_buf(&s);
+    }, 5);
+    spawn("b", [&] {
+        for (const char* name : {"b", "b'", "b''"}) {
+            order.push_back(name);
+            delay(0);
+        }
+    });
+    spawn("a", [&] {
+        Signal* s = word(1, 0);
+        request_tmo(0, &s); // due at once
+        order.push_back("a");
+        delay(0);
+        Signal* back = receive(kAnySignal);
+        order.push_back("a got its time-out");
+        free_buf(&back);
+        Signal* wake = word(2, 0);
+        send(&wake, urgent);
+        order.push_back("a after urgent");
+    });
+    world().runUntilIdle();
+    EXPECT_EQ(order, (std::vector<std::string>{"b", "a", "b'", "a got its time-out", "urgent", "a after urgent",
+                                               "b''"}));
 }
 
 TEST_F(WorldTest, ExternalProcessQueuesItsSignalsAndIsToldOfEach)
