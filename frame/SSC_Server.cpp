@@ -22,15 +22,23 @@ void SSC_Server::receiveSignal(ose::Signal* signal)
         return;
     }
     const ose::SIGSELECT sigNo = ose::signalNumber(signal);
-    std::unique_ptr<SignalIterator> rows = createSignalIterator();
-    for (; !rows->atEnd(); rows->next()) {
-        if (rows->getSignalNo() != sigNo) continue;
-        SSC_TRACE(swuGroup(), kFlow, "%s: Handling signal %s (0x%02X)", getServerName(), rows->getSignalName(),
+    if (m_pRows == nullptr) indexTable();
+    if (const std::uint32_t* row = m_rowOf.find(sigNo)) {
+        m_pRows->moveTo(*row);
+        SSC_TRACE(swuGroup(), kFlow, "%s: Handling signal %s (0x%02X)", getServerName(), m_pRows->getSignalName(),
                   static_cast<unsigned>(sigNo));
-        rows->handleSignal(signal);
+        // Last use of the table here: the handler may dispatch to this server again.
+        m_pRows->handleSignal(signal);
         return;
     }
     SSC_TRACE(swuGroup(), kUnexpected, "%s: Unhandled signal: %d", getServerName(), static_cast<int>(sigNo));
+}
+
+void SSC_Server::indexTable()
+{
+    m_pRows = createSignalIterator();
+    std::uint32_t index = 0;
+    for (; !m_pRows->atEnd(); m_pRows->next()) m_rowOf.insert(m_pRows->getSignalNo(), index++);
 }
 
 void SSC_Server::registerSignals()

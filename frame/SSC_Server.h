@@ -16,6 +16,7 @@
 //
 // and calls deregisterSignals() from its destructor.
 
+#include "frame/FlatHashMap.h"
 #include "frame/ServerResolver.h"
 #include "frame/SignalDispatcherClient.h"
 #include "frame/SignalDispatcherIf.h"
@@ -47,6 +48,8 @@ public:
 
         bool atEnd() const { return m_index >= m_rows; }
         void next() { ++m_index; }
+        // Straight to a row, for a walker that knows where its number is.
+        void moveTo(std::uint32_t index) { m_index = index; }
 
     protected:
         std::uint32_t m_rows;
@@ -101,6 +104,16 @@ protected:
 private:
     template <typename Server>
     class TableIterator;
+
+    struct SigNoHash {
+        std::size_t operator()(ose::SIGSELECT sigNo) const { return sigNo; }
+    };
+    // The row of each number in the table (the first, where a number is
+    // there twice), made once: a signal finds its handler without a walk.
+    void indexTable();
+
+    std::unique_ptr<SignalIterator> m_pRows; // the table, for dispatch
+    FlatHashMap<ose::SIGSELECT, std::uint32_t, SigNoHash> m_rowOf;
 };
 
 template <typename Server>

@@ -135,4 +135,40 @@ TEST_F(SSC_ServerTest, ClientRefsComeFromTheDispatcherAndResolveGivesTheServerIt
     EXPECT_EQ(resolveAs<SSC_Server>(nullptr), nullptr);
 }
 
+// A number that stands twice in a table: the first row is the handler, once.
+class TwiceServer : public SSC_Server {
+public:
+    explicit TwiceServer(SignalDispatcherIf* dispatcher) : SSC_Server(dispatcher) {}
+    const char* getProcessName() const override { return "twice_server"; }
+    const char* getServerName() const override { return "TwiceServer"; }
+    std::unique_ptr<SignalIterator> createSignalIterator() override { return makeSignalIterator(*this, kSignalTable); }
+
+    std::vector<std::string> m_calls;
+
+private:
+    void first(ose::Signal*) { m_calls.push_back("first"); }
+    void status(ose::Signal*) { m_calls.push_back("status"); }
+    void second(ose::Signal*) { m_calls.push_back("second"); }
+
+    static constexpr SignalTableRow<TwiceServer> kSignalTable[] = {
+        {kPing, "PING_REQ", &TwiceServer::first},
+        {kStatus, "STATUS_REQ", &TwiceServer::status},
+        {kPing, "PING_REQ_AGAIN", &TwiceServer::second},
+    };
+};
+
+TEST_F(SSC_ServerTest, ANumberTwiceInATableGoesToItsFirstRowOnlyAndEachNumberToItsOwnHandler)
+{
+    TraceCapture trace("supSysCtrlSWU:7");
+    TwiceServer server(m_dispatcher.get());
+    for (ose::SIGSELECT sigNo : {kStatus, kPing, kPing, kStatus}) {
+        ose::Signal* signal = ose::SignalPool::allocate(8, sigNo);
+        server.receiveSignal(signal);
+        ose::SignalPool::release(signal);
+    }
+    EXPECT_EQ(server.m_calls, (std::vector<std::string>{"status", "first", "first", "status"}));
+    EXPECT_EQ(trace.count("supSysCtrlSWU", 7, "TwiceServer: Handling signal PING_REQ (0x1704601)"), 2u);
+    EXPECT_EQ(trace.count("PING_REQ_AGAIN"), 0u);
+}
+
 } // namespace
