@@ -40,6 +40,15 @@ bool xmlGuard::referencesKnown(std::string_view text)
     return true;
 }
 
+// The parser starts an element at '<' followed by a letter, '_' or any byte
+// above ASCII; anything else ("< b>", "<1>") it reads as an unknown node that
+// holds no children.
+bool xmlGuard::opensElement(char next)
+{
+    const auto c = static_cast<unsigned char>(next);
+    return c >= 0x7F || c == '_' || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
 bool xmlGuard::nestingWithinLimit(std::string_view text)
 {
     int depth = 0;
@@ -69,8 +78,11 @@ bool xmlGuard::nestingWithinLimit(std::string_view text)
         if (end >= text.size())
             return true; // unterminated: the parser refuses it
         if (next == '/') {
-            --depth;
-        } else if (next != '?' && text[end - 1] != '/' && ++depth > kMaxDepth) {
+            // The parser takes a closing tag outside every element as an
+            // unknown node and goes on at the same depth: so must the count,
+            // or stray closing tags would buy room for deeper nesting.
+            if (depth > 0) --depth;
+        } else if (opensElement(next) && text[end - 1] != '/' && ++depth > kMaxDepth) {
             SSC_TRACE(xmlGroup(), kError, "XML body refused: elements nest deeper than %d", kMaxDepth);
             return false;
         }

@@ -1,6 +1,9 @@
 #include "froBl/froMgmtSwU/export/xmlGuard.h"
 #include "froBl/froMgmtSwU/export/xmlHandler.h"
+#include "froBl/froMgmtSwU/export/xmlTree.h"
 #include "froBl/froMgmtSwU/testSupport/traceCapture.h"
+
+#include "ose/World.h"
 
 #include <gtest/gtest.h>
 
@@ -126,10 +129,6 @@ TEST(xmlHandlerTest, HostileBodiesAreRefusedBeforeTheParserSeesThem)
     EXPECT_FALSE(handler().parse(wrap(deep), record));
     EXPECT_TRUE(trace.contains("nest deeper"));
 
-    const std::string huge(xmlGuard::kMaxDocumentBytes, 'x');
-    EXPECT_FALSE(handler().parse(wrap("<attr name=\"a\" type=\"STRING\" value=\"" + huge + "\"/>"), record));
-    EXPECT_TRUE(trace.contains("XML body refused"));
-
     const std::string long_value(xmlGuard::kMaxValueBytes + 1, 'y');
     EXPECT_FALSE(handler().parse(wrap("<attr name=\"a\" type=\"STRING\" value=\"" + long_value + "\"/>"), record));
     EXPECT_TRUE(trace.contains("more than 49151"));
@@ -157,6 +156,112 @@ TEST(xmlHandlerTest, HostileBodiesAreRefusedBeforeTheParserSeesThem)
     ASSERT_TRUE(handler().parse(wrap("<attr name=\"a\" type=\"STRING\" value=\"&#xD7FF;&#xE000;&#x10FFFF;\"/>"),
                                 record));
     EXPECT_EQ(record.values[0], "\uD7FF\uE000\U0010FFFF");
+}
+
+// n elements, each inside the one before.
+std::string nested(int n, const std::string& tag = "s")
+{
+    std::string text;
+    for (int i = 0; i < n; ++i)
+        text += "<" + tag + ">";
+    for (int i = 0; i < n; ++i)
+        text += "</" + tag + ">";
+    return text;
+}
+
+TEST(xmlHandlerTest, TheGuardCountsDepthAsTheParserDoesAndHoldsAtTheLimit)
+{
+    EXPECT_TRUE(xmlGuard::check(nested(xmlGuard::kMaxDepth)));
+    {
+        traceCapture trace;
+        EXPECT_FALSE(xmlGuard::check(nested(xmlGuard::kMaxDepth + 1)));
+        EXPECT_TRUE(trace.contains("XML body refused: elements nest deeper than 32"));
+    }
+    // A closing tag outside every element is an unknown node to the parser:
+    // it buys no depth.
+    std::string strays;
+    for (int i = 0; i < 100; ++i)
+        strays += "</x>";
+    EXPECT_FALSE(xmlGuard::check(strays + nested(xmlGuard::kMaxDepth + 1)));
+    EXPECT_TRUE(xmlGuard::check(strays + nested(xmlGuard::kMaxDepth)));
+    // Inside an element the parser stops at the first closing tag that does
+    // not match: what follows it is never descended into.
+    xmlDocumentRecord record;
+    EXPECT_FALSE(handler().parse(wrap(strays + nested(xmlGuard::kMaxDepth)), record));
+    // Unknown nodes and empty elements hold no children.
+    std::string unknown = "<a>";
+    for (int i = 0; i < 100; ++i)
+        unknown += "< b><1><c/><?p?>";
+    EXPECT_TRUE(xmlGuard::check(unknown + "</a>"));
+    // Names that begin with '_' or a byte above ASCII open elements.
+    EXPECT_FALSE(xmlGuard::check(nested(xmlGuard::kMaxDepth + 1, "_")));
+    EXPECT_FALSE(xmlGuard::check(nested(xmlGuard::kMaxDepth + 1, "\xC3\xA9")));
+}
+
+TEST(xmlHandlerTest, TheGuardTakesABodyOfTheLargestSizeAndNoByteMore)
+{
+    const std::string shell = "<a></a>";
+    const std::string largest = "<a>" + std::string(xmlGuard::kMaxDocumentBytes - shell.size(), 'x') + "</a>";
+    ASSERT_EQ(largest.size(), xmlGuard::kMaxDocumentBytes);
+    EXPECT_TRUE(xmlGuard::check(largest));
+    traceCapture trace;
+    EXPECT_FALSE(xmlGuard::check(largest + " "));
+    EXPECT_TRUE(trace.contains("XML body refused: 1048577 bytes, more than 1048576"));
+}
+
+// levels structs, each inside the one before, around one attribute.
+std::string deepStruct(int levels)
+{
+    std::string text;
+    for (int i = 0; i < levels; ++i)
+        text += "<struct name=\"s" + std::to_string(i) + "\">";
+    text += "<attr name=\"a\" type=\"S32\" value=\"1\"/>";
+    for (int i = 0; i < levels; ++i)
+        text += "</struct>";
+    return text;
+}
+
+// Bodies are parsed in processes, on fiber stacks: the largest and the
+// deepest body the guard lets through must fit the smallest stack a process
+// can have (an overflow hits the stack's guard page and kills the test).
+TEST(xmlHandlerTest, TheDeepestAndTheLargestAcceptedBodiesFitTheSmallestProcessStack)
+{
+    const int structLevels = xmlGuard::kMaxDepth - 2; // below mim and class
+    const std::string deepest = wrap(deepStruct(structLevels));
+    std::string widest;
+    for (int i = 0; widest.size() + 64 < xmlGuard::kMaxDocumentBytes - 64; ++i)
+        widest += "<attr name=\"a" + std::to_string(i) + "\" type=\"S32\" value=\"" + std::to_string(i) + "\"/>";
+    widest = wrap(widest);
+    ASSERT_LE(widest.size(), xmlGuard::kMaxDocumentBytes);
+
+    std::size_t deepTreeSize = 0;
+    std::size_t widestAttributes = 0;
+    std::size_t widestRebuilt = 0;
+    ose::World world;
+    ose::ProcessSpec reader;
+    reader.name = "reader";
+    reader.stackSize = 0; // the smallest stack
+    reader.entry = [&] {
+        xmlDocumentRecord record;
+        if (handler().parse(deepest, record) && record.values.size() == 1) {
+            const xmlTree tree(record.names[0], record.types[0], record.values[0]);
+            if (!tree.failed()) deepTreeSize = tree.toString().size();
+        }
+        xmlDocumentRecord wide;
+        if (handler().parse(widest, wide)) {
+            widestAttributes = wide.names.size();
+            std::string text;
+            if (handler().build(wide.ldn, wide.version, wide.names, wide.types, wide.values, text))
+                widestRebuilt = text.size();
+        }
+    };
+    world.start(world.createProcess(world.defaultNode(), reader));
+    world.runUntilIdle();
+
+    EXPECT_GT(deepTreeSize, deepStruct(structLevels).size() - 100);
+    EXPECT_GT(widestAttributes, 20000u);
+    EXPECT_GT(widestRebuilt, widest.size() / 2);
+    EXPECT_FALSE(xmlGuard::check(wrap(deepStruct(structLevels + 1))));
 }
 
 TEST(xmlHandlerTest, BuildRefusesValuesThatWouldChangeTheDocument)

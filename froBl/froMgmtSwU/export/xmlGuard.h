@@ -22,6 +22,7 @@ public:
     static bool check(std::string_view text);
 
 private:
+    static bool opensElement(char next);
     static bool nestingWithinLimit(std::string_view text);
     static bool referencesKnown(std::string_view text);
 };
