@@ -83,19 +83,35 @@ TEST(ListenerTest, EitherSideMayGoFirstWithoutDanglingLinks)
     subject.notify(1); // would touch freed memory if the link stayed
 }
 
+// Counts its events in a place that outlives it.
+class CountingObserver : public listener::Observer {
+public:
+    explicit CountingObserver(int& calls) : m_calls(calls) {}
+    void observerEvent(listener::Subject*) override { ++m_calls; }
+
+private:
+    int& m_calls;
+};
+
 // An observer whose event ends another observer of the same subject.
 class EndingObserver : public listener::Observer {
 public:
-    void observerEvent(listener::Subject*) override { victim.reset(); }
-    std::unique_ptr<RecordingObserver> victim;
+    void observerEvent(listener::Subject*) override
+    {
+        ++calls;
+        victim.reset();
+    }
+    int calls = 0;
+    std::unique_ptr<CountingObserver> victim;
 };
 
 TEST(ListenerTest, AnObserverEndedByAnotherInTheSameEventIsNotCalled)
 {
     for (const bool deleting : {false, true}) {
         std::unique_ptr<fRO> object = std::make_unique<dummy_fRO>("Cabinet");
+        int victimCalls = 0;
         EndingObserver first;
-        first.victim = std::make_unique<RecordingObserver>();
+        first.victim = std::make_unique<CountingObserver>(victimCalls);
         object->attach(&first, 1);
         object->attach(first.victim.get(), 1);
         object->setChanged(listener::Subject::IsChanged);
@@ -103,8 +119,10 @@ TEST(ListenerTest, AnObserverEndedByAnotherInTheSameEventIsNotCalled)
             object->clearListeners(); // every observer hears that the object goes
         else
             object->notify(1);
+        EXPECT_EQ(first.calls, 1) << (deleting ? "clearListeners" : "notify");
         EXPECT_EQ(first.victim, nullptr);
-        EXPECT_EQ(object->observers().size(), 1u);
+        EXPECT_EQ(victimCalls, 0) << (deleting ? "clearListeners" : "notify");
+        EXPECT_EQ(object->observers(), (std::vector<listener::Observer*>{&first}));
     }
 }
 
