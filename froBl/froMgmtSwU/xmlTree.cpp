@@ -96,13 +96,37 @@ void xmlTree::buildFrom(const TiXmlElement& element)
 
 std::string xmlTree::toString() const
 {
-    const std::string namePart = m_name.empty() ? std::string() : " name=\"" + m_name + "\"";
-    if (m_tag == "attr")
-        return "<attr" + namePart + " type=\"" + m_type + "\" value=\"" + m_value + "\"/>";
-    std::string text = "<" + m_tag + namePart + ">";
-    for (const xmlTree& child : m_children)
-        text += "\n" + child.toString();
-    return text + "\n</" + m_tag + ">";
+    std::string text;
+    appendTo(text);
+    return text;
+}
+
+// One buffer for the whole tree: no string is built per level and copied up.
+void xmlTree::appendTo(std::string& out) const
+{
+    out += '<';
+    out += m_tag;
+    if (!m_name.empty()) {
+        out += " name=\"";
+        out += m_name;
+        out += '"';
+    }
+    if (m_tag == "attr") {
+        out += " type=\"";
+        out += m_type;
+        out += "\" value=\"";
+        out += m_value;
+        out += "\"/>";
+        return;
+    }
+    out += '>';
+    for (const xmlTree& child : m_children) {
+        out += '\n';
+        child.appendTo(out);
+    }
+    out += "\n</";
+    out += m_tag;
+    out += '>';
 }
 
 const xmlTree* xmlTree::find(const Path& path, std::size_t step) const

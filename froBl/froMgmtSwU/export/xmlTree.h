@@ -48,6 +48,7 @@ public:
 
 private:
     void buildFrom(const TiXmlElement& element);
+    void appendTo(std::string& out) const;
     const xmlTree* find(const Path& path, std::size_t step) const;
     // find, with the callers' trace when nothing is found.
     const xmlTree* findNamed(const Path& path) const;
