@@ -515,7 +515,7 @@ bool ElibDbFroDatabase::fetchAttributes(std::uint32_t froType, std::vector<std::
 bool ElibDbFroDatabase::saveFroAttributeTypes(std::uint32_t froType, const std::vector<std::string>& names,
                                               const std::vector<std::string>& types, std::int32_t transactionId)
 {
-    if (const BufferedType* buffered = bufferedType(froType)) {
+    if (const BufferedType* buffered = bufferedType(froType, transactionId)) {
         SSC_TRACE(dbGroup(), kFlow, "froType %u is already buffered", froType);
         return typesAgree("saveFroAttributeTypes", froType, buffered->names, buffered->types, names, types);
     }
@@ -538,7 +538,16 @@ bool ElibDbFroDatabase::saveFroAttributeTypes(std::uint32_t froType, const std::
                                      "of attributes=%zu, # of types=%zu", names.size(), types.size());
         return false;
     }
-    BufferedType written{froType, {}, {}};
+    // Rows that another open transaction writes are not stored yet: that one
+    // may roll back. This transaction writes its own, so that its objects
+    // never depend on another's outcome.
+    if (const BufferedType* other = bufferedType(froType, kAnyTransaction)) {
+        SSC_TRACE(dbGroup(), kInfo, "froType %u is also written by open transaction %d", froType,
+                  other->transactionId);
+        if (!typesAgree("saveFroAttributeTypes", froType, other->names, other->types, names, types))
+            return false;
+    }
+    BufferedType written{froType, transactionId, {}, {}};
     for (std::size_t i = 0; i < names.size(); ++i) {
         if (Sql::isParentRef(names[i])) {
             SSC_TRACE(dbGroup(), kFlow, "%s is skipped", names[i].c_str());
@@ -555,18 +564,26 @@ bool ElibDbFroDatabase::saveFroAttributeTypes(std::uint32_t froType, const std::
     return true;
 }
 
-const ElibDbFroDatabase::BufferedType* ElibDbFroDatabase::bufferedType(std::uint32_t froType) const
+const ElibDbFroDatabase::BufferedType* ElibDbFroDatabase::bufferedType(std::uint32_t froType,
+                                                                       std::int32_t transactionId) const
 {
     for (const BufferedType& known : m_bufferedTypes)
-        if (known.froType == froType)
+        if (known.froType == froType && (transactionId == kAnyTransaction || known.transactionId == transactionId))
             return &known;
     return nullptr;
 }
 
-bool ElibDbFroDatabase::attributeTypesKept(std::uint32_t froType, const std::vector<std::string>& names,
-                                           const std::vector<std::string>& types)
+void ElibDbFroDatabase::forgetBufferedTypes(std::int32_t transactionId)
 {
-    if (const BufferedType* buffered = bufferedType(froType))
+    std::erase_if(m_bufferedTypes, [transactionId](const BufferedType& known) {
+        return known.transactionId == transactionId;
+    });
+}
+
+bool ElibDbFroDatabase::attributeTypesKept(std::uint32_t froType, const std::vector<std::string>& names,
+                                           const std::vector<std::string>& types, std::int32_t transactionId)
+{
+    if (const BufferedType* buffered = bufferedType(froType, transactionId))
         return typesAgree("saveAttributes", froType, buffered->names, buffered->types, names, types);
     std::vector<std::string> storedNames;
     std::vector<std::string> storedTypes;
@@ -672,7 +689,7 @@ bool ElibDbFroDatabase::saveAttributes(std::int32_t transactionId, std::int32_t 
         return false;
     std::string statement;
     if (!Sql::updateObject(table, froId, record.names, record.types, record.values, statement) ||
-        (!statement.empty() && !attributeTypesKept(froType, record.names, record.types)))
+        (!statement.empty() && !attributeTypesKept(froType, record.names, record.types, transactionId)))
         return false;
     if (statement.empty())
         return true;
@@ -839,7 +856,7 @@ void ElibDbFroDatabase::handleRollbackInd(const std::uint8_t* signal, std::size_
 void ElibDbFroDatabase::sanityCheck(std::int32_t transactionId)
 {
     SSC_TRACE(dbGroup(), kFlow, "Entering sanity check with txId %d", transactionId);
-    m_bufferedTypes.clear();
+    forgetBufferedTypes(transactionId);
     if (!deregisterTransaction(transactionId))
         return;
     // A table that another open transaction has just made is still empty

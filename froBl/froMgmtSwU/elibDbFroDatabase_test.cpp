@@ -121,6 +121,49 @@ TEST_F(ElibDbFroDatabaseTest, ARolledBackFirstObjectLeavesNoTableBehind)
     EXPECT_EQ(m_db->registeredTransactionCount(), 0u);
 }
 
+// The first objects of a class in two transactions open at once: each
+// transaction carries the class's attribute rows itself.
+TEST_F(ElibDbFroDatabaseTest, ATransactionsObjectsDoNotDependOnAnotherTransactionsOutcome)
+{
+    auto lost = makeObject("Cabinet=1", kCabinet);
+    auto kept = makeObject("Cabinet=2", kCabinet);
+    const std::int32_t rolledBack = m_server->newTransaction();
+    const std::int32_t committed = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(rolledBack, lost->getInternalId(), kCabinet, mimOf("Cabinet=1", *lost)));
+    ASSERT_TRUE(m_db->saveFRO(committed, kept->getInternalId(), kCabinet, mimOf("Cabinet=2", *kept)));
+    m_server->rollBack_e(rolledBack, 1);
+    const auto rollback = localTransactionServer::indication(10015, rolledBack);
+    m_db->handleSignal(rollback.data(), rollback.size());
+    ASSERT_TRUE(commit(committed)) << m_server->lastError();
+
+    // A restarted node reads the object back whole.
+    m_db.reset();
+    m_server = std::make_unique<localTransactionServer>(m_config);
+    m_db = std::make_unique<DatabaseFacade>(m_config, *m_server);
+    ASSERT_TRUE(m_db->init());
+    std::vector<froRecord> records;
+    ASSERT_TRUE(m_db->retrieveFros(kCabinet, kCabinet + 1, records));
+    ASSERT_EQ(records.size(), 1u);
+    EXPECT_EQ(records[0].ldn, "Cabinet=2");
+    EXPECT_EQ(stored(kept->getInternalId(), kCabinet), attributesOf(*kept));
+
+    // Both commit: the second would store the class's rows twice and is
+    // refused whole, so its caller learns of it; stored again, it is whole.
+    auto one = makeObject("PowerSupply=1", kPowerSupply);
+    auto two = makeObject("PowerSupply=2", kPowerSupply);
+    const std::int32_t first = m_server->newTransaction();
+    const std::int32_t second = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(first, one->getInternalId(), kPowerSupply, mimOf("PowerSupply=1", *one)));
+    ASSERT_TRUE(m_db->saveFRO(second, two->getInternalId(), kPowerSupply, mimOf("PowerSupply=2", *two)));
+    ASSERT_TRUE(commit(first));
+    EXPECT_FALSE(commit(second));
+    const std::int32_t again = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(again, two->getInternalId(), kPowerSupply, mimOf("PowerSupply=2", *two)));
+    ASSERT_TRUE(commit(again)) << m_server->lastError();
+    EXPECT_EQ(stored(one->getInternalId(), kPowerSupply), attributesOf(*one));
+    EXPECT_EQ(stored(two->getInternalId(), kPowerSupply), attributesOf(*two));
+}
+
 TEST_F(ElibDbFroDatabaseTest, AnyTextValueIsStoredAndReadBackUnchanged)
 {
     const std::vector<std::string> hostile{

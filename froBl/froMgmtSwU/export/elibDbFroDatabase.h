@@ -102,9 +102,11 @@ protected:
                                std::vector<Row>& rows, const std::string& onLost);
 
 private:
-    // The attribute rows of a class known in this commit cycle.
+    // The attribute rows of a class that an open transaction writes: they
+    // are stored with its commit and gone with its rollback.
     struct BufferedType {
         std::uint32_t froType;
+        std::int32_t transactionId;
         std::vector<std::string> names;
         std::vector<std::string> types;
     };
@@ -133,10 +135,14 @@ private:
     static bool readableBack(const xmlDocumentRecord& record);
     bool saveFroAttributeTypes(std::uint32_t froType, const std::vector<std::string>& names,
                                const std::vector<std::string>& types, std::int32_t transactionId);
-    const BufferedType* bufferedType(std::uint32_t froType) const;
+    // The rows of the class written in that transaction; with
+    // kAnyTransaction, in any open one.
+    static constexpr std::int32_t kAnyTransaction = -1;
+    const BufferedType* bufferedType(std::uint32_t froType, std::int32_t transactionId) const;
+    void forgetBufferedTypes(std::int32_t transactionId);
     // The type words of a later object against those its class was made with.
     bool attributeTypesKept(std::uint32_t froType, const std::vector<std::string>& names,
-                            const std::vector<std::string>& types);
+                            const std::vector<std::string>& types, std::int32_t transactionId);
     static bool typesAgree(const char* who, std::uint32_t froType, const std::vector<std::string>& knownNames,
                            const std::vector<std::string>& knownTypes, const std::vector<std::string>& names,
                            const std::vector<std::string>& types);
