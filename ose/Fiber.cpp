@@ -7,7 +7,9 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#if defined(__SANITIZE_ADDRESS__)
+#include "ose/Sanitizer.h"
+
+#if defined(OSE_ADDRESS_SANITIZER)
 #include <sanitizer/common_interface_defs.h>
 #define OSE_ASAN_FIBERS 1
 #endif

@@ -63,11 +63,11 @@ private:
 
     void* m_fiberSp = nullptr;
     void* m_schedulerSp = nullptr;
-    void* m_context = nullptr; // ucontext pair where no hand-written switch exists
+    [[maybe_unused]] void* m_context = nullptr; // ucontext pair where no hand-written switch exists
 
     // Bookkeeping for AddressSanitizer's view of the stack switches.
-    void* m_fiberFakeStack = nullptr;
-    void* m_schedulerFakeStack = nullptr;
+    [[maybe_unused]] void* m_fiberFakeStack = nullptr;
+    [[maybe_unused]] void* m_schedulerFakeStack = nullptr;
     const void* m_schedulerBottom = nullptr;
     std::size_t m_schedulerSize = 0;
     bool m_fromScheduler = true; // the last switch into this fiber came from the scheduler

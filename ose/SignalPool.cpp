@@ -6,7 +6,9 @@
 #include <mutex>
 #include <new>
 
-#if defined(__SANITIZE_ADDRESS__)
+#include "ose/Sanitizer.h"
+
+#if defined(OSE_ADDRESS_SANITIZER)
 #include <sanitizer/asan_interface.h>
 #define OSE_POISON(p, n) ASAN_POISON_MEMORY_REGION((p), (n))
 #define OSE_UNPOISON(p, n) ASAN_UNPOISON_MEMORY_REGION((p), (n))

@@ -480,9 +480,10 @@ std::vector<std::string> transMgr::getDeleted(std::int32_t transactionId) const
     const auto it = m_transactions.find(transactionId);
     if (it == m_transactions.end())
         return deleted;
-    for (const auto& [ldn, shadow] : it->second) {
+    for (const auto& [name, shadow] : it->second) {
         if (!isState(stateOf(shadow.get()), kDelete))
             continue;
+        const std::string& ldn = name; // clang 14 cannot capture a structured binding
         // In front of an ancestor already listed; names sort parents first.
         const auto ancestor = std::find_if(deleted.begin(), deleted.end(),
                                            [&](const std::string& other) { return Ldn::isBelow(ldn, other); });

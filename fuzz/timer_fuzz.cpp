@@ -1,0 +1,103 @@
+// Timer expiries and test triggers that nobody asked for: a core process
+// with running one-shot and cyclic timers is sent forged, stale and short
+// signals of the timer numbers; its observer stops and restarts timers as the
+// input says.
+
+#include "fuzz/FuzzInput.h"
+#include "frame/OsService.h"
+#include "frame/SignalDispatcher.h"
+#include "frame/TimerService.h"
+#include "frame/TimerSignals.h"
+#include "platform/WLOsHandler.h"
+#include "platform/WLTimerHandler.h"
+
+#include "ose/Kernel.h"
+#include "ose/Trace.h"
+#include "ose/World.h"
+
+#include <cstring>
+#include <memory>
+
+namespace {
+
+constexpr ose::SIGSELECT kNumbers[] = {SSC_TIMER_EXPIRED, SSC_CYCLIC_TIMER_EXPIRED, SSC_TEST_TRIGGER_TIMER_REQ};
+
+class Observer : public TimerObserverIf {
+public:
+    explicit Observer(std::uint8_t habits) : m_habits(habits) {}
+    void timeout(TimerId id) override
+    {
+        if (m_habits & 1u) TimerService::stopTimer(id.timerType, this, id.argument);
+        if (m_habits & 2u) TimerService::startTimer(5, id.timerType, this, id.argument + 1);
+        if (m_habits & 4u) TimerService::startCyclicTimer(1000, id.timerType, this, id.argument);
+        if (m_habits & 8u) (void)TimerService::isTimerRunning(id.timerType, this, id.argument);
+    }
+
+private:
+    std::uint8_t m_habits;
+};
+
+// The services point at this process's handlers only while it lives.
+struct ServicesReset {
+    ~ServicesReset()
+    {
+        TimerService::setHandler(nullptr);
+        OsService::setHandler(nullptr);
+    }
+};
+
+void coreBody(std::uint8_t habits)
+{
+    WLOsHandler os;
+    ServicesReset reset;
+    OsService::setHandler(&os);
+    auto dispatcher = std::make_unique<SignalDispatcher>();
+    auto timers = std::make_unique<WLTimerHandler>(dispatcher.get());
+    TimerService::setHandler(timers.get());
+    Observer observer(habits);
+    for (std::uint32_t type = 1; type <= 3; ++type) {
+        TimerService::startTimer(10 * type, type, &observer, 0);
+        TimerService::startCyclicTimer(1000, type + 10, &observer, 0);
+    }
+    dispatcher->run();
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***)
+{
+    ose::Trace::setSink([](const ose::TraceRecord&) {});
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    if (size == 0) return 0;
+    ose::World world;
+    ose::ProcessSpec core;
+    core.name = "SSC_THREAD";
+    core.entry = [habits = data[0]] { coreBody(habits); };
+    const ose::PROCESS corePid = world.createProcess(world.defaultNode(), core);
+    world.start(corePid);
+
+    ose::ProcessSpec forger;
+    forger.name = "forger";
+    forger.entry = [data, size, corePid] {
+        FuzzInput input(data + 1, size - 1);
+        while (!input.empty()) {
+            const ose::SIGSELECT sigNo = kNumbers[input.byte() % std::size(kNumbers)];
+            const std::string_view body = input.piece();
+            ose::Signal* signal = ose::alloc(static_cast<ose::OSBUFSIZE>(4 + body.size()), sigNo);
+            std::memcpy(reinterpret_cast<char*>(signal) + 4, body.data(), body.size());
+            ose::send(&signal, corePid);
+            ose::delay(input.byte());
+        }
+        for (;;) {
+            ose::Signal* answer = ose::receive(ose::kAnySignal);
+            ose::free_buf(&answer);
+        }
+    };
+    world.start(world.createProcess(world.defaultNode(), forger));
+    world.runFor(5'000);
+    return 0;
+}

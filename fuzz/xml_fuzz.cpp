@@ -1,0 +1,30 @@
+// XML attribute bodies from the management system: parsed into a record,
+// built back, and every complex value read as a tree and written again.
+
+#include "froBl/froMgmtSwU/export/xmlHandler.h"
+#include "froBl/froMgmtSwU/export/xmlTree.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    xmlHandler& handler = xmlHandler::instance();
+    xmlDocumentRecord record;
+    if (handler.parse(text, record)) {
+        for (std::size_t i = 0; i < record.values.size(); ++i) {
+            xmlTree tree(record.names[i], record.types[i], record.values[i]);
+            if (!tree.failed()) (void)tree.toString();
+        }
+        std::string again;
+        (void)handler.build(record.ldn, record.version, record.names, record.types, record.values, again);
+    }
+    // The same bytes as one complex value of each kind.
+    for (const char* type : {"struct", "array", "moref", "S32", "U32"}) {
+        xmlTree tree("v", type, text);
+        if (!tree.failed()) (void)tree.toString();
+    }
+    return 0;
+}
