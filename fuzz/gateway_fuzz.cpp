@@ -1,10 +1,10 @@
 // Frames from an outside client: a hello, then whatever the fuzzer wrote,
 // read by a node's gateway on a virtual clock with one process to talk to.
 
+#include "fuzz/FuzzTrace.h"
 #include "ose/Gateway.h"
 #include "ose/GatewayProtocol.h"
 #include "ose/Kernel.h"
-#include "ose/Trace.h"
 #include "ose/World.h"
 
 #include <cstddef>
@@ -43,7 +43,7 @@ void writeAll(int fd, const std::string& bytes)
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
-    ose::Trace::setSink([](const ose::TraceRecord&) {});
+    fuzzTraceSetUp();
     return 0;
 }
 

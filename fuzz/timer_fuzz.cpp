@@ -4,6 +4,7 @@
 // input says.
 
 #include "fuzz/FuzzInput.h"
+#include "fuzz/FuzzTrace.h"
 #include "frame/OsService.h"
 #include "frame/SignalDispatcher.h"
 #include "frame/TimerService.h"
@@ -12,7 +13,6 @@
 #include "platform/WLTimerHandler.h"
 
 #include "ose/Kernel.h"
-#include "ose/Trace.h"
 #include "ose/World.h"
 
 #include <cstring>
@@ -66,7 +66,7 @@ void coreBody(std::uint8_t habits)
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
-    ose::Trace::setSink([](const ose::TraceRecord&) {});
+    fuzzTraceSetUp();
     return 0;
 }
 

@@ -4,11 +4,11 @@
 // the fuzzer writes is ever run.
 
 #include "fuzz/FuzzInput.h"
+#include "fuzz/FuzzTrace.h"
 #include "platform/VantoTransactionSignals.h"
 #include "vanto/VantoTransactionServer.h"
 
 #include "ose/Kernel.h"
-#include "ose/Trace.h"
 #include "ose/World.h"
 
 #include <cstring>
@@ -27,7 +27,7 @@ constexpr ose::SIGSELECT kNumbers[] = {
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
-    ose::Trace::setSink([](const ose::TraceRecord&) {});
+    fuzzTraceSetUp();
     return 0;
 }
 

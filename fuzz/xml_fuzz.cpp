@@ -1,12 +1,19 @@
 // XML attribute bodies from the management system: parsed into a record,
 // built back, and every complex value read as a tree and written again.
 
+#include "fuzz/FuzzTrace.h"
 #include "froBl/froMgmtSwU/export/xmlHandler.h"
 #include "froBl/froMgmtSwU/export/xmlTree.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
+
+extern "C" int LLVMFuzzerInitialize(int*, char***)
+{
+    fuzzTraceSetUp();
+    return 0;
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
