@@ -252,7 +252,7 @@ int runVerb(const SscctlCommand& command, ose::GatewayClient& client, std::ostre
         if (!pid) return kNotFound;
         std::string bytes(4, '\0');
         ose::storeBe32(bytes.data(), command.sigNo);
-        if (!client.send(*pid, bytes + command.payload)) break;
+        if (!client.sendAcknowledged(*pid, bytes + command.payload)) break;
         if (!command.replyMs) return kDone;
         auto event = client.next(std::chrono::milliseconds(*command.replyMs));
         if (!event) {

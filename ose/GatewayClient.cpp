@@ -80,6 +80,14 @@ bool GatewayClient::send(PROCESS to, const std::string& signalBytes)
     return writeAll(FrameWriter(FrameType::Send, m_nextRequest++).u32(to).text(signalBytes).finish());
 }
 
+bool GatewayClient::sendAcknowledged(PROCESS to, const std::string& signalBytes)
+{
+    std::uint32_t id = m_nextRequest++;
+    return request(FrameWriter(FrameType::Send, id, gateway::kSendAcknowledge).u32(to).text(signalBytes).finish(), id,
+                   FrameType::Done)
+        .has_value();
+}
+
 std::optional<std::uint32_t> GatewayClient::attach(PROCESS pid)
 {
     std::uint32_t id = m_nextRequest++;
@@ -147,7 +155,15 @@ std::optional<GatewayEvent> GatewayClient::next(std::chrono::milliseconds wallTi
         if (left.count() < 0) return std::nullopt;
         auto frame = readFrame(left);
         if (!frame) return std::nullopt;
-        if (!keepIfEvent(*frame)) setError("unexpected frame from the node");
+        if (keepIfEvent(*frame)) continue;
+        if (frame->type == FrameType::Error) { // the refusal of a send without acknowledgement
+            FrameReader reader(frame->payload.data(), frame->payload.size());
+            std::uint32_t code = 0;
+            reader.u32(code);
+            setError(std::string(reader.rest()));
+        } else {
+            setError("unexpected frame from the node");
+        }
     }
     GatewayEvent event = std::move(m_events.front());
     m_events.pop_front();

@@ -54,7 +54,11 @@ public:
     // The pid found (0: not found within timeoutMs of world time; 0 waits
     // not at all, gateway::kWaitForever without end); nullopt on failure.
     std::optional<PROCESS> hunt(const std::string& name, std::uint32_t timeoutMs = 0);
+    // Sends without waiting: a refusal shows later in lastError().
     bool send(PROCESS to, const std::string& signalBytes);
+    // Sends and waits for the node's acknowledgement (false and lastError()
+    // when refused).
+    bool sendAcknowledged(PROCESS to, const std::string& signalBytes);
     std::optional<std::uint32_t> attach(PROCESS pid);
     bool detach(std::uint32_t attachRef);
     bool publish(const std::string& name);

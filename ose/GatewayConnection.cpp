@@ -7,6 +7,7 @@
 #include "ose/World.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <poll.h>
 #include <sys/socket.h>
@@ -49,6 +50,14 @@ Signal* internalSignal(SIGSELECT sigNo, std::uint32_t reference)
 
 // A client that reads nothing must not make the node hold its output for ever.
 constexpr std::size_t kMaxPendingOutput = 64u * 1024u * 1024u;
+
+// "0x" and the number in hexadecimal, as every text of the gateway writes numbers.
+std::string hex(std::uint32_t value, int digits)
+{
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%0*x", digits, value);
+    return text;
+}
 
 std::uint32_t clockModeNumber(ClockMode mode)
 {
@@ -96,29 +105,33 @@ void GatewayConnection::onReady(short revents)
     if (revents & POLLOUT) flush();
     if (m_closed) return;
     if (revents & (POLLIN | POLLHUP | POLLERR)) {
-        if (!readAvailable()) return;
+        const ReadState state = readAvailable();
+        if (state == ReadState::Failed) return;
+        // Frames that arrived before the client closed are still its own:
+        // they are handled before its process ends.
         handleFrames();
+        if (state == ReadState::EndOfInput && !m_closed) {
+            flush();
+            close(m_in.empty() ? "disconnected" : "disconnected in the middle of a frame");
+        }
     }
 }
 
-bool GatewayConnection::readAvailable()
+GatewayConnection::ReadState GatewayConnection::readAvailable()
 {
     char buffer[65536];
     for (;;) {
         ssize_t n = recv(m_fd, buffer, sizeof buffer, 0);
         if (n > 0) {
             m_in.append(buffer, static_cast<std::size_t>(n));
-            if (m_in.size() >= gateway::kMaxLength + 4) return true; // handle what is complete first
+            if (m_in.size() >= gateway::kMaxLength + 4) return ReadState::Open; // handle what is complete first
             continue;
         }
-        if (n == 0) {
-            close(m_in.empty() ? "disconnected" : "disconnected in the middle of a frame");
-            return false;
-        }
+        if (n == 0) return ReadState::EndOfInput;
         if (errno == EINTR) continue;
-        if (errno == EAGAIN || errno == EWOULDBLOCK) return true;
+        if (errno == EAGAIN || errno == EWOULDBLOCK) return ReadState::Open;
         close(std::strerror(errno));
-        return false;
+        return ReadState::Failed;
     }
 }
 
@@ -134,35 +147,48 @@ void GatewayConnection::handleFrames()
         }
         if (m_in.size() - offset - 4 < length) break; // the rest comes later
         const char* frame = m_in.data() + offset + 4;
-        auto type = static_cast<FrameType>(loadBe32(frame) >> 16);
+        const std::uint32_t typeAndFlags = loadBe32(frame);
+        auto type = static_cast<FrameType>(typeAndFlags >> 16);
+        const auto flags = static_cast<std::uint16_t>(typeAndFlags & 0xFFFFu);
         std::uint32_t requestId = loadBe32(frame + 4);
         FrameReader payload(frame + 8, length - 8);
         offset += 4 + length;
-        handleFrame(type, requestId, payload);
+        handleFrame(type, flags, requestId, payload);
     }
     if (!m_closed) m_in.erase(0, offset);
 }
 
-void GatewayConnection::handleFrame(FrameType type, std::uint32_t requestId, FrameReader& payload)
+void GatewayConnection::handleFrame(FrameType type, std::uint16_t flags, std::uint32_t requestId,
+                                    FrameReader& payload)
 {
     if (m_pid == 0 && type != FrameType::Hello) {
         fail(requestId, ErrorCode::HelloFirst, "the first frame must be a hello");
         return;
     }
+    // A flag this node does not know may ask for something it would not do.
+    const std::uint16_t known = type == FrameType::Send ? gateway::kSendAcknowledge : 0;
+    if ((flags & ~known) != 0) {
+        const std::string text = "reserved flags " + hex(flags & ~known, 4) + " set in a frame of type " +
+                                 hex(static_cast<std::uint32_t>(type), 4);
+        if (m_pid == 0)
+            fail(requestId, ErrorCode::Malformed, text);
+        else
+            refuse(requestId, ErrorCode::BadArgument, text);
+        return;
+    }
     switch (type) {
     case FrameType::Hello: handleHello(requestId, payload); return;
     case FrameType::Hunt: handleHunt(requestId, payload); return;
-    case FrameType::Send: handleSend(requestId, payload); return;
+    case FrameType::Send: handleSend(requestId, (flags & gateway::kSendAcknowledge) != 0, payload); return;
     case FrameType::Attach: handleAttach(requestId, payload); return;
     case FrameType::Detach: handleDetach(requestId, payload); return;
     case FrameType::Publish: handlePublish(requestId, payload); return;
-    case FrameType::Time: handleTime(requestId); return;
+    case FrameType::Time: handleTime(requestId, payload); return;
     case FrameType::Advance: handleAdvance(requestId, payload); return;
     case FrameType::Trace: handleTrace(requestId, payload); return;
     default: break;
     }
-    fail(requestId, ErrorCode::UnknownType,
-         "unknown frame type 0x" + std::to_string(static_cast<unsigned>(type)));
+    fail(requestId, ErrorCode::UnknownType, "unknown frame type " + hex(static_cast<std::uint32_t>(type), 4));
 }
 
 void GatewayConnection::handleHello(std::uint32_t requestId, FrameReader& payload)
@@ -209,9 +235,13 @@ void GatewayConnection::handleHello(std::uint32_t requestId, FrameReader& payloa
 void GatewayConnection::handleHunt(std::uint32_t requestId, FrameReader& payload)
 {
     std::uint32_t timeoutMs = 0;
-    std::string_view name;
-    if (!payload.u32(timeoutMs) || !gateway::isAcceptableName(name = payload.rest())) {
-        refuse(requestId, ErrorCode::BadArgument, "hunt needs a time-out and a name of 1 to 1023 printable characters");
+    if (!payload.u32(timeoutMs)) {
+        fail(requestId, ErrorCode::Malformed, "hunt too short for its time-out");
+        return;
+    }
+    std::string_view name = payload.rest();
+    if (!gateway::isAcceptableName(name)) {
+        refuse(requestId, ErrorCode::BadArgument, "hunt needs a name of 1 to 1023 printable characters");
         return;
     }
     World& world = m_gateway.world();
@@ -226,28 +256,37 @@ void GatewayConnection::handleHunt(std::uint32_t requestId, FrameReader& payload
     if (timeoutMs != gateway::kWaitForever) {
         Signal* expiry = internalSignal(kHuntTimeout, requestId);
         timeout = world.requestTimeout(m_pid, timeoutMs, &expiry);
+        // A client that holds the clock waits for this answer before it can
+        // step time: the hunt lets time pass to its own end, or it would
+        // wait for ever.
+        raiseAllowance(world.now() + timeoutMs);
     }
     m_pendingHunts[requestId] = timeout;
 }
 
-void GatewayConnection::handleSend(std::uint32_t requestId, FrameReader& payload)
+void GatewayConnection::handleSend(std::uint32_t requestId, bool acknowledge, FrameReader& payload)
 {
     std::uint32_t to = 0;
-    if (!payload.u32(to) || payload.left() < 4 || payload.left() > gateway::kMaxSignalSize) {
-        refuse(requestId, ErrorCode::BadArgument, "send needs a pid and a signal of 4 bytes or more");
+    if (!payload.u32(to)) {
+        fail(requestId, ErrorCode::Malformed, "send too short for its pid");
+        return;
+    }
+    if (payload.left() < 4 || payload.left() > gateway::kMaxSignalSize) {
+        refuse(requestId, ErrorCode::BadArgument, "send needs a signal of 4 bytes or more");
         return;
     }
     std::string_view bytes = payload.rest();
     Signal* signal = SignalPool::allocate(static_cast<OSBUFSIZE>(bytes.size()), 0);
     std::memcpy(static_cast<void*>(signal), bytes.data(), bytes.size());
     m_gateway.world().send(&signal, m_pid, to);
+    if (acknowledge) queue(FrameWriter(FrameType::Done, requestId).finish());
 }
 
 void GatewayConnection::handleAttach(std::uint32_t requestId, FrameReader& payload)
 {
     std::uint32_t pid = 0;
-    if (!payload.u32(pid)) {
-        refuse(requestId, ErrorCode::BadArgument, "attach needs a pid");
+    if (!payload.u32(pid) || payload.left() != 0) {
+        fail(requestId, ErrorCode::Malformed, "attach carries a pid and nothing else");
         return;
     }
     std::uint32_t ref = m_nextAttachRef++;
@@ -260,8 +299,8 @@ void GatewayConnection::handleAttach(std::uint32_t requestId, FrameReader& paylo
 void GatewayConnection::handleDetach(std::uint32_t requestId, FrameReader& payload)
 {
     std::uint32_t ref = 0;
-    if (!payload.u32(ref)) {
-        refuse(requestId, ErrorCode::BadArgument, "detach needs an attach reference");
+    if (!payload.u32(ref) || payload.left() != 0) {
+        fail(requestId, ErrorCode::Malformed, "detach carries an attach reference and nothing else");
         return;
     }
     auto it = m_attaches.find(ref);
@@ -279,13 +318,24 @@ void GatewayConnection::handlePublish(std::uint32_t requestId, FrameReader& payl
         refuse(requestId, ErrorCode::BadArgument, "a published name has 1 to 255 printable characters and no '/'");
         return;
     }
-    m_gateway.world().publishName(m_pid, std::string(name));
+    World& world = m_gateway.world();
+    PROCESS holder = 0;
+    if (world.hunt(m_pid, name, &holder, nullptr)) {
+        refuse(requestId, ErrorCode::BadArgument,
+               "the name " + std::string(name) + " is taken by process " + hex(holder, 8));
+        return;
+    }
+    world.publishName(m_pid, std::string(name));
     SSC_TRACE(group(), 6, "client %s published %.*s", m_name.c_str(), static_cast<int>(name.size()), name.data());
     queue(FrameWriter(FrameType::Done, requestId).finish());
 }
 
-void GatewayConnection::handleTime(std::uint32_t requestId)
+void GatewayConnection::handleTime(std::uint32_t requestId, FrameReader& payload)
 {
+    if (payload.left() != 0) {
+        fail(requestId, ErrorCode::Malformed, "time carries nothing");
+        return;
+    }
     World& world = m_gateway.world();
     queue(FrameWriter(FrameType::TimeNow, requestId)
               .u64(world.now())
@@ -298,26 +348,40 @@ void GatewayConnection::handleAdvance(std::uint32_t requestId, FrameReader& payl
 {
     std::uint64_t target = 0;
     World& world = m_gateway.world();
-    if (!payload.u64(target)) {
-        refuse(requestId, ErrorCode::BadArgument, "advance needs a target time");
+    if (!payload.u64(target) || payload.left() != 0) {
+        fail(requestId, ErrorCode::Malformed, "advance carries a target time and nothing else");
         return;
     }
     if (world.clock().config().mode == ClockMode::Real) {
         refuse(requestId, ErrorCode::NotVirtual, "the clock is real: time cannot be stepped");
         return;
     }
-    if (m_holdsTime && target > m_allowance) {
-        m_allowance = target;
-        m_gateway.updateTimeCeiling();
-    }
+    raiseAllowance(target);
     if (target <= world.now()) {
         queue(FrameWriter(FrameType::Advanced, requestId).u64(world.now()).finish());
         return;
     }
-    std::uint64_t delta = target - world.now();
+    m_pendingAdvances[requestId] = {OSTMOREF{}, target};
+    awaitTarget(requestId);
+}
+
+// The kernel's time-outs count at most 0xFFFFFFFE ms: a farther target is
+// reached in several steps.
+void GatewayConnection::awaitTarget(std::uint32_t requestId)
+{
+    World& world = m_gateway.world();
+    PendingAdvance& pending = m_pendingAdvances[requestId];
+    const std::uint64_t delta = pending.target - world.now();
     Signal* reached = internalSignal(kAdvanceReached, requestId);
-    m_pendingAdvances[requestId] =
+    pending.timeout =
         world.requestTimeout(m_pid, static_cast<OSTIME>(std::min<std::uint64_t>(delta, 0xFFFFFFFEu)), &reached);
+}
+
+void GatewayConnection::raiseAllowance(std::uint64_t target)
+{
+    if (!m_holdsTime || target <= m_allowance) return;
+    m_allowance = target;
+    m_gateway.updateTimeCeiling();
 }
 
 void GatewayConnection::handleTrace(std::uint32_t requestId, FrameReader& payload)
@@ -376,8 +440,14 @@ bool GatewayConnection::handleInternalSignal(Signal* signal)
         break;
     }
     case kAdvanceReached: {
-        if (m_pendingAdvances.erase(reference) == 0) return false;
-        queue(FrameWriter(FrameType::Advanced, reference).u64(world.now()).finish());
+        const auto it = m_pendingAdvances.find(reference);
+        if (it == m_pendingAdvances.end()) return false;
+        if (world.now() < it->second.target) {
+            awaitTarget(reference);
+        } else {
+            m_pendingAdvances.erase(it);
+            queue(FrameWriter(FrameType::Advanced, reference).u64(world.now()).finish());
+        }
         break;
     }
     default:

@@ -38,18 +38,23 @@ public:
     void close(const char* why, bool killNow = false);
 
 private:
-    bool readAvailable();
+    enum class ReadState { Open, EndOfInput, Failed };
+    ReadState readAvailable();
     void handleFrames();
-    void handleFrame(gateway::FrameType type, std::uint32_t requestId, gateway::FrameReader& payload);
+    void handleFrame(gateway::FrameType type, std::uint16_t flags, std::uint32_t requestId,
+                     gateway::FrameReader& payload);
     void handleHello(std::uint32_t requestId, gateway::FrameReader& payload);
     void handleHunt(std::uint32_t requestId, gateway::FrameReader& payload);
-    void handleSend(std::uint32_t requestId, gateway::FrameReader& payload);
+    void handleSend(std::uint32_t requestId, bool acknowledge, gateway::FrameReader& payload);
     void handleAttach(std::uint32_t requestId, gateway::FrameReader& payload);
     void handleDetach(std::uint32_t requestId, gateway::FrameReader& payload);
     void handlePublish(std::uint32_t requestId, gateway::FrameReader& payload);
-    void handleTime(std::uint32_t requestId);
+    void handleTime(std::uint32_t requestId, gateway::FrameReader& payload);
     void handleAdvance(std::uint32_t requestId, gateway::FrameReader& payload);
     void handleTrace(std::uint32_t requestId, gateway::FrameReader& payload);
+    void awaitTarget(std::uint32_t requestId);
+    // A client that holds the clock lets world time pass up to target.
+    void raiseAllowance(std::uint64_t target);
     bool handleInternalSignal(Signal* signal);
     void fail(std::uint32_t requestId, gateway::ErrorCode code, const std::string& text);
     void refuse(std::uint32_t requestId, gateway::ErrorCode code, const std::string& text);
@@ -67,7 +72,11 @@ private:
     std::string m_out;
     std::map<std::uint32_t, OSTMOREF> m_pendingHunts;    // request -> its time-out
     std::map<std::uint32_t, OSATTREF> m_attaches;        // ref given to the client -> the kernel's
-    std::map<std::uint32_t, OSTMOREF> m_pendingAdvances; // request -> its time-out
+    struct PendingAdvance {
+        OSTMOREF timeout;
+        std::uint64_t target;
+    };
+    std::map<std::uint32_t, PendingAdvance> m_pendingAdvances; // by request
     std::uint32_t m_nextAttachRef = 1;
 };
 

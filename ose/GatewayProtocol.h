@@ -3,7 +3,7 @@
 // described for users in docs/gateway-protocol.md; change both together and
 // raise kGatewayVersion when a frame changes.
 //
-// Every frame: u32 length (bytes after this field), u16 type, u16 flags (0),
+// Every frame: u32 length (bytes after this field), u16 type, u16 flags,
 // u32 requestId, then the payload. All numbers big-endian.
 
 #include "ose/BigEndian.h"
@@ -59,14 +59,17 @@ enum class ErrorCode : std::uint32_t {
 };
 
 constexpr std::uint32_t kHelloHoldsTime = 1u << 0;
+// SEND only: answer with DONE once the signal is sent (a refused SEND is
+// answered with ERROR either way).
+constexpr std::uint16_t kSendAcknowledge = 1u << 0;
 
 // Builds one frame.
 class FrameWriter {
 public:
-    FrameWriter(FrameType type, std::uint32_t requestId)
+    FrameWriter(FrameType type, std::uint32_t requestId, std::uint16_t flags = 0)
     {
         m_bytes.resize(kHeaderSize);
-        storeBe32(&m_bytes[4], static_cast<std::uint32_t>(type) << 16);
+        storeBe32(&m_bytes[4], (static_cast<std::uint32_t>(type) << 16) | flags);
         storeBe32(&m_bytes[8], requestId);
     }
     FrameWriter& u32(std::uint32_t value)

@@ -7,8 +7,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstring>
+#include <optional>
 #include <random>
+#include <thread>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -173,7 +176,7 @@ public:
         std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
         connected = ::connect(m_fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
     }
-    ~RawConnection() { close(m_fd); }
+    ~RawConnection() { ::close(m_fd); }
     void write(const std::string& bytes) { (void)::send(m_fd, bytes.data(), bytes.size(), MSG_NOSIGNAL); }
     // True when the node closed the connection (after any answer it gave).
     bool closedByNode()
@@ -187,17 +190,62 @@ public:
             if (n < 0) return false;
         }
     }
+    // The next frame from the node: type, requestId, payload (nullopt when
+    // none came within 10 s).
+    struct Frame {
+        std::uint16_t type;
+        std::uint16_t flags;
+        std::uint32_t requestId;
+        std::string payload;
+    };
+    std::optional<Frame> readFrame()
+    {
+        timeval limit{10, 0};
+        setsockopt(m_fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+        std::string head = readExactly(12);
+        if (head.size() < 12) return std::nullopt;
+        const std::uint32_t length = ose::loadBe32(head.data());
+        const std::uint32_t typeAndFlags = ose::loadBe32(head.data() + 4);
+        std::string payload = readExactly(length - 8);
+        if (payload.size() < length - 8) return std::nullopt;
+        return Frame{static_cast<std::uint16_t>(typeAndFlags >> 16), static_cast<std::uint16_t>(typeAndFlags),
+                     ose::loadBe32(head.data() + 8), payload};
+    }
+    // The code and text of the next frame, which must be an ERROR.
+    std::pair<std::uint32_t, std::string> error()
+    {
+        auto frame = readFrame();
+        if (!frame || frame->type != 0x80FF || frame->payload.size() < 4) return {0, "no error frame"};
+        return {ose::loadBe32(frame->payload.data()), frame->payload.substr(4)};
+    }
+    // Closes the client's side for writing: everything written is on its way.
+    void close() { shutdown(m_fd, SHUT_WR); }
     bool connected = false;
 
 private:
+    std::string readExactly(std::size_t size)
+    {
+        std::string bytes(size, '\0');
+        std::size_t done = 0;
+        while (done < size) {
+            const ssize_t n = recv(m_fd, bytes.data() + done, size - done, 0);
+            if (n <= 0) break;
+            done += static_cast<std::size_t>(n);
+        }
+        bytes.resize(done);
+        return bytes;
+    }
     int m_fd = -1;
 };
 
-std::string frame(std::uint16_t type, const std::string& payload, std::uint32_t requestId = 1)
+std::string frame(std::uint16_t type, const std::string& payload, std::uint32_t requestId = 1,
+                  std::uint16_t flags = 0)
 {
-    return be32(static_cast<std::uint32_t>(8 + payload.size())) + be32(std::uint32_t{type} << 16) + be32(requestId) +
-           payload;
+    return be32(static_cast<std::uint32_t>(8 + payload.size())) + be32((std::uint32_t{type} << 16) | flags) +
+           be32(requestId) + payload;
 }
+
+const std::string kRawHello = frame(0x0001, be32(1) + be32(0) + "raw");
 
 TEST_F(GatewaySystemTest, BadFramesCloseOnlyTheirOwnConnection)
 {
@@ -246,6 +294,127 @@ TEST_F(GatewaySystemTest, BadFramesCloseOnlyTheirOwnConnection)
         raw.write(hello + be32(1000) + std::string(10, 'x')); // a frame cut short
     }
     EXPECT_TRUE(stillServes()) << "after random bytes and clients vanishing mid-frame";
+}
+
+TEST_F(GatewaySystemTest, AFrameTooShortOrTooLongForItsTypeIsMalformedAndClosesItsConnection)
+{
+    const std::vector<std::pair<std::string, std::string>> frames = {
+        {"hello without its options", frame(0x0001, be32(1))},
+        {"hunt without its time-out", kRawHello + frame(0x0002, "ab")},
+        {"send without its pid", kRawHello + frame(0x0003, "ab")},
+        {"attach without a whole pid", kRawHello + frame(0x0004, "abc")},
+        {"attach with more than a pid", kRawHello + frame(0x0004, be32(1) + "x")},
+        {"detach with more than a reference", kRawHello + frame(0x0005, be32(1) + be32(2))},
+        {"time with a payload", kRawHello + frame(0x0007, "x")},
+        {"advance with half a target", kRawHello + frame(0x0008, be32(1))},
+        {"reserved flag in the hello", frame(0x0001, be32(1) + be32(0) + "raw", 1, 0x0001)},
+    };
+    for (const auto& [what, bytes] : frames) {
+        RawConnection raw(m_node.socketPath());
+        ASSERT_TRUE(raw.connected);
+        raw.write(bytes);
+        if (bytes.starts_with(kRawHello)) {
+            ASSERT_TRUE(raw.readFrame()) << "welcome, " << what;
+        }
+        EXPECT_EQ(raw.error().first, 1u) << what;
+        EXPECT_TRUE(raw.closedByNode()) << what;
+    }
+}
+
+TEST_F(GatewaySystemTest, ASendIsAcknowledgedWhenAskedAndRefusalsNameTheirRequestInHexadecimal)
+{
+    GatewayClient client;
+    ASSERT_TRUE(client.connect(m_node.socketPath(), "sender"));
+    auto echo = client.hunt("echo");
+    ASSERT_TRUE(echo && *echo != 0);
+    EXPECT_TRUE(client.sendAcknowledged(*echo, signalBytes(0x1234)));
+    auto back = client.next(5s);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(back->sigNo(), 0x1234u);
+    EXPECT_FALSE(client.sendAcknowledged(*echo, "ab"));
+    EXPECT_EQ(client.lastError(), "send needs a signal of 4 bytes or more");
+
+    RawConnection raw(m_node.socketPath());
+    raw.write(kRawHello);
+    ASSERT_TRUE(raw.readFrame());
+    raw.write(frame(0x0003, be32(*echo) + "ab", 41)); // refused without being asked to acknowledge
+    auto refused = raw.readFrame();
+    ASSERT_TRUE(refused);
+    EXPECT_EQ(refused->type, 0x80FF);
+    EXPECT_EQ(refused->requestId, 41u);
+    raw.write(frame(0x0003, be32(*echo) + signalBytes(0x55), 42, 0x0003));
+    auto flagged = raw.readFrame();
+    ASSERT_TRUE(flagged);
+    EXPECT_EQ(flagged->requestId, 42u);
+    EXPECT_EQ(ose::loadBe32(flagged->payload.data()), 6u);
+    EXPECT_EQ(flagged->payload.substr(4), "reserved flags 0x0002 set in a frame of type 0x0003");
+    raw.write(frame(0x0007, "", 43, 0x0001));
+    EXPECT_EQ(raw.error(), (std::pair<std::uint32_t, std::string>{6, "reserved flags 0x0001 set in a frame of type 0x0007"}));
+    raw.write(frame(0x0003, be32(*echo) + signalBytes(0x56), 44, 0x0001));
+    auto done = raw.readFrame();
+    ASSERT_TRUE(done);
+    EXPECT_EQ(done->type, 0x8006);
+    EXPECT_EQ(done->requestId, 44u);
+    auto echoed = raw.readFrame();
+    ASSERT_TRUE(echoed) << "the flagged send was refused and did nothing; this one came back";
+    EXPECT_EQ(echoed->type, 0x8003);
+    EXPECT_EQ(ose::loadBe32(echoed->payload.data() + 8), 0x56u);
+    raw.write(frame(0x7777, "", 45));
+    EXPECT_EQ(raw.error(), (std::pair<std::uint32_t, std::string>{2, "unknown frame type 0x7777"}));
+}
+
+TEST_F(GatewaySystemTest, FramesSentJustBeforeAClientClosesAreStillHandled)
+{
+    GatewayClient receiver;
+    ASSERT_TRUE(receiver.connect(m_node.socketPath(), "receiver"));
+    for (std::uint32_t round = 0; round < 20; ++round) {
+        RawConnection raw(m_node.socketPath());
+        raw.write(kRawHello + frame(0x0003, be32(receiver.pid()) + signalBytes(0x4000 + round)));
+        raw.close();
+        auto event = receiver.next(5s);
+        ASSERT_TRUE(event) << "round " << round;
+        EXPECT_EQ(event->sigNo(), 0x4000 + round);
+    }
+}
+
+TEST_F(GatewaySystemTest, ANameIsPublishedOnlyWhereNoLiveProcessHoldsIt)
+{
+    GatewayClient first;
+    GatewayClient second;
+    ASSERT_TRUE(first.connect(m_node.socketPath(), "first"));
+    ASSERT_TRUE(second.connect(m_node.socketPath(), "second"));
+    EXPECT_TRUE(first.publish("A4ciServer"));
+    EXPECT_FALSE(first.publish("A4ciServer"));
+    EXPECT_FALSE(second.publish("A4ciServer"));
+    char holder[16];
+    std::snprintf(holder, sizeof holder, "0x%08x", first.pid());
+    EXPECT_EQ(second.lastError(), "the name A4ciServer is taken by process " + std::string(holder));
+    EXPECT_FALSE(second.publish("echo"));
+    first.close();
+    // The name is free again once its holder is gone.
+    bool published = false;
+    for (int attempt = 0; attempt < 100 && !published; ++attempt) {
+        published = second.publish("A4ciServer");
+        if (!published) std::this_thread::sleep_for(10ms);
+    }
+    EXPECT_TRUE(published);
+    EXPECT_EQ(second.hunt("A4ciServer"), std::optional<ose::PROCESS>(second.pid()));
+}
+
+TEST(GatewayClockTest, AClientThatHoldsTheClockCanHuntWithATimeOutAndAdvanceBeyondTheLongestTimeOut)
+{
+    NodeProcess node({"--clock", "virtual"});
+    GatewayClient client;
+    ASSERT_TRUE(client.connect(node.socketPath(), "holder", true));
+    auto start = client.time();
+    ASSERT_TRUE(start);
+    EXPECT_EQ(client.hunt("nobody", 500), std::optional<ose::PROCESS>(0)) << "the hunt let time pass to its end";
+    auto after = client.time();
+    ASSERT_TRUE(after);
+    EXPECT_EQ(after->nowMs, start->nowMs + 500);
+
+    const std::uint64_t far = after->nowMs + 0x100000000ull + 5;
+    EXPECT_EQ(client.advanceTo(far), std::optional<std::uint64_t>(far));
 }
 
 TEST_F(GatewaySystemTest, RequestsThatCannotBeDoneAreRefusedAndTheConnectionGoesOn)
