@@ -70,6 +70,7 @@ const char* VantoTransactionMgmtClient::resultText(TransResult result)
     case TransResult::BadRequest: return "bad request";
     case TransResult::NoServer: return "Transaction Server not found";
     case TransResult::NoTransactionId: return "no free transaction id";
+    case TransResult::OutcomeUnknown: return "outcome unknown";
     }
     return "unknown result";
 }

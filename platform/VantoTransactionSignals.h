@@ -44,6 +44,7 @@ enum class TransResult : std::uint32_t {
     BadRequest = 3,
     NoServer = 4,           // client side: server not found or no answer in time
     NoTransactionId = 5,    // no free transaction id
+    OutcomeUnknown = 6,     // the database link broke inside the commit and could not be asked since
 };
 inline constexpr int VANTO_TRANSACTION_OK = 0;
 
@@ -53,6 +54,7 @@ enum class RollbackReason : std::uint32_t {
     StatementFailed = 1,
     BadStatement = 2, // a piece chain without its end, or a malformed piece
     ClientDown = 3,
+    OutcomeUnknown = 4, // the transaction is over; whether it was stored is not known yet
 };
 
 inline constexpr std::uint32_t kSqlPieceBytes = 16000;

@@ -2,6 +2,8 @@
 
 #include "vanto/VantoTrace.h"
 
+#include <random>
+
 namespace {
 
 // A connection that drops again at every try ends the commit with a
@@ -10,7 +12,10 @@ constexpr int kMaxRounds = 3;
 
 } // namespace
 
+// Marks of runs of this server start at a random point, so that a marker
+// left by an earlier server is never taken for one of its own.
 VantoSqlRunner::VantoSqlRunner(VantoDbConfig config)
+    : m_nextMark((std::uint64_t{std::random_device{}()} << 20 | 1) & 0x3FFFFFFFFFFFFull)
 {
     m_handles.config = std::move(config);
 }
@@ -49,51 +54,119 @@ bool VantoSqlRunner::execute(const std::string& statement, std::string& error, b
     return ok;
 }
 
-VantoSqlRunner::Outcome VantoSqlRunner::runOnce(const std::vector<std::string>& statements, std::string& error)
+VantoSqlRunner::Outcome VantoSqlRunner::runOnce(const std::vector<std::string>& statements, std::uint64_t mark,
+                                                std::string& error)
 {
-    setAutocommit(false);
     bool lost = false;
-    bool ok = true;
-    for (const std::string& statement : statements) {
-        if (!execute(statement, error, lost)) {
-            ok = false;
-            break;
-        }
+    if (!m_markTableMade) {
+        if (!execute(std::string("create table if not exists ") + kMarkTable + " (mark integer)", error, lost))
+            return lost ? Outcome::ConnectionLost : Outcome::Failed;
+        m_markTableMade = true;
     }
+    setAutocommit(false);
+    bool ok = execute(std::string("delete from ") + kMarkTable, error, lost) &&
+              execute(std::string("insert into ") + kMarkTable + " (mark) values (" + std::to_string(mark) + ")",
+                      error, lost);
+    for (std::size_t i = 0; ok && i < statements.size(); ++i)
+        ok = execute(statements[i], error, lost);
     if (ok && !SQL_SUCCEEDED(SQLEndTran(SQL_HANDLE_DBC, m_handles.dbc, SQL_COMMIT))) {
-        // Whether it took effect is unknown only if the connection broke; a
-        // refused commit leaves the database as it was.
+        // A refused commit leaves the database as it was; a broken
+        // connection leaves it unknown whether the commit took effect.
         VantoDb_getError(SQL_HANDLE_DBC, m_handles.dbc, error, lost);
         SQLEndTran(SQL_HANDLE_DBC, m_handles.dbc, SQL_ROLLBACK);
         setAutocommit(true);
-        return Outcome::Failed;
+        return lost ? Outcome::CommitUnclear : Outcome::Failed;
     }
-    if (!ok)
+    if (!ok) {
         SQLEndTran(SQL_HANDLE_DBC, m_handles.dbc, SQL_ROLLBACK);
+        m_markTableMade = false; // perhaps the table went: made again next time
+    }
     setAutocommit(true);
     if (ok)
         return Outcome::Committed;
     return lost ? Outcome::ConnectionLost : Outcome::Failed;
 }
 
-bool VantoSqlRunner::runAtomically(const std::vector<std::string>& statements, std::string& error)
+VantoSqlRunner::Stored VantoSqlRunner::wasStored(std::uint64_t mark)
+{
+    VantoDb_disconnect(m_handles);
+    std::string error;
+    if (!ensureConnected(error))
+        return Stored::CannotTell;
+    const std::string sql =
+        std::string("select count(*) from ") + kMarkTable + " where mark = " + std::to_string(mark);
+    SQLRETURN rc = SQLExecDirect(m_handles.stmt, reinterpret_cast<SQLCHAR*>(const_cast<char*>(sql.c_str())), SQL_NTS);
+    SQLBIGINT count = -1;
+    SQLLEN indicator = 0;
+    if (SQL_SUCCEEDED(rc))
+        rc = SQLFetch(m_handles.stmt);
+    if (SQL_SUCCEEDED(rc))
+        rc = SQLGetData(m_handles.stmt, 1, SQL_C_SBIGINT, &count, 0, &indicator);
+    SQLFreeStmt(m_handles.stmt, SQL_CLOSE);
+    if (!SQL_SUCCEEDED(rc) || indicator == SQL_NULL_DATA || count < 0) {
+        VantoDb_disconnect(m_handles);
+        return Stored::CannotTell;
+    }
+    return count > 0 ? Stored::Yes : Stored::No;
+}
+
+bool VantoSqlRunner::settleUnclearRun(std::string& error)
+{
+    if (m_unclearMark == 0)
+        return true;
+    switch (wasStored(m_unclearMark)) {
+    case Stored::Yes:
+        SSC_TRACE(vantoGroup(), 4, "The unclear commit of transaction %d was stored", m_unclearLabel);
+        break;
+    case Stored::No:
+        SSC_TRACE(vantoGroup(), 4, "The unclear commit of transaction %d was not stored", m_unclearLabel);
+        break;
+    case Stored::CannotTell:
+        error = "database not reachable";
+        return false;
+    }
+    m_unclearMark = 0;
+    return true;
+}
+
+VantoSqlRunner::Result VantoSqlRunner::runAtomically(const std::vector<std::string>& statements,
+                                                     std::string& error, std::int32_t label)
 {
     error.clear();
     if (statements.empty())
-        return true;
+        return Result::Committed;
+    // The next run deletes the marker of the unclear one: learn first.
+    if (!ensureConnected(error) || !settleUnclearRun(error))
+        return Result::Failed;
     for (int round = 1; round <= kMaxRounds; ++round) {
         if (!ensureConnected(error))
-            return false;
-        switch (runOnce(statements, error)) {
+            return Result::Failed;
+        const std::uint64_t mark = m_nextMark++;
+        switch (runOnce(statements, mark, error)) {
         case Outcome::Committed:
-            return true;
+            return Result::Committed;
         case Outcome::Failed:
-            return false;
+            return Result::Failed;
         case Outcome::ConnectionLost:
             SSC_TRACE(vantoGroup(), 4, "Database connection lost during a commit, round %d", round);
             VantoDb_disconnect(m_handles);
             break;
+        case Outcome::CommitUnclear:
+            SSC_TRACE(vantoGroup(), 4, "Database connection lost inside the commit of transaction %d, round %d",
+                      label, round);
+            switch (wasStored(mark)) {
+            case Stored::Yes:
+                return Result::Committed;
+            case Stored::No:
+                break; // nothing of it is stored: run it again
+            case Stored::CannotTell:
+                m_unclearMark = mark;
+                m_unclearLabel = label;
+                error = "connection lost inside the commit; whether it was stored is not known";
+                return Result::Unknown;
+            }
+            break;
         }
     }
-    return false;
+    return Result::Failed;
 }

@@ -227,12 +227,23 @@ void VantoTransactionServer::onCommit(ose::Signal* signal, ose::PROCESS from)
         return;
     }
     std::string error;
-    const bool committed = m_sql.runAtomically(transaction->statements(), error);
-    if (!committed)
+    switch (m_sql.runAtomically(transaction->statements(), error, id)) {
+    case VantoSqlRunner::Result::Committed:
+        finish(id, true, 0);
+        answer(VANTO_TRANS_COMMIT_CFM, request->clientRef, id, code(TransResult::Ok), from);
+        return;
+    case VantoSqlRunner::Result::Failed:
         SSC_TRACE(vantoGroup(), kError, "Commit of transaction %d failed, rolled back: %s", id, error.c_str());
-    finish(id, committed, code(RollbackReason::StatementFailed));
-    answer(VANTO_TRANS_COMMIT_CFM, request->clientRef, id, code(committed ? TransResult::Ok : TransResult::RolledBack),
-           from);
+        finish(id, false, code(RollbackReason::StatementFailed));
+        answer(VANTO_TRANS_COMMIT_CFM, request->clientRef, id, code(TransResult::RolledBack), from);
+        return;
+    case VantoSqlRunner::Result::Unknown:
+        // Neither outcome may be claimed: the caller hears what is known.
+        SSC_TRACE(vantoGroup(), kError, "Commit of transaction %d: %s", id, error.c_str());
+        finish(id, false, code(RollbackReason::OutcomeUnknown));
+        answer(VANTO_TRANS_COMMIT_CFM, request->clientRef, id, code(TransResult::OutcomeUnknown), from);
+        return;
+    }
 }
 
 void VantoTransactionServer::onRollback(ose::Signal* signal, ose::PROCESS from)

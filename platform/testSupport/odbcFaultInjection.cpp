@@ -19,7 +19,7 @@ struct Fault {
     int passFirst = 0;    // matching calls let through before the first fault
 };
 
-std::array<Fault, 4> g_faults;
+std::array<Fault, 6> g_faults;
 SQLHANDLE g_diagHandle = nullptr;              // the handle whose next diagnostics are ours
 std::string g_diagState;                       // and the state they report
 std::map<SQLHANDLE, std::string> g_statements; // last text run on each statement handle
@@ -130,6 +130,21 @@ SQLRETURN SQL_API SQLDriverConnect(SQLHDBC connection, SQLHWND window, SQLCHAR* 
     if (take(odbc_fault::Call::Connect, connection, "08001", text))
         return SQL_ERROR;
     return next(connection, window, in, inLength, out, outMax, outLength, completion);
+}
+
+SQLRETURN SQL_API SQLEndTran(SQLSMALLINT type, SQLHANDLE handle, SQLSMALLINT completion)
+{
+    static const auto next = real<SQLRETURN(SQL_API*)(SQLSMALLINT, SQLHANDLE, SQLSMALLINT)>("SQLEndTran");
+    if (completion != SQL_COMMIT)
+        return next(type, handle, completion);
+    if (take(odbc_fault::Call::EndTran, handle, "08S01")) {
+        next(type, handle, SQL_ROLLBACK); // the commit never reached the database
+        return SQL_ERROR;
+    }
+    const SQLRETURN rc = next(type, handle, completion);
+    if (SQL_SUCCEEDED(rc) && take(odbc_fault::Call::EndTranAfterCommit, handle, "08S01"))
+        return SQL_ERROR; // committed, but the answer was lost on the way
+    return rc;
 }
 
 SQLRETURN SQL_API SQLGetDiagRec(SQLSMALLINT type, SQLHANDLE handle, SQLSMALLINT record, SQLCHAR* state,

@@ -4,8 +4,11 @@
 // driver manager unless a fault is armed. An armed SQLExecDirect or SQLFetch
 // fails with SQLSTATE 08S01 (communication link failure), and an armed
 // SQLDriverConnect fails as if the data source were away (08001). An armed
-// SQLCloseCursor fails with a plain error (HY000). Another SQLSTATE may be
-// given instead.
+// SQLCloseCursor fails with a plain error (HY000). An armed commit
+// (SQLEndTran with SQL_COMMIT) reports a lost link (08S01) either before the
+// database saw it (EndTran: the transaction is rolled back) or after it
+// committed (EndTranAfterCommit): the two cases a caller cannot tell apart.
+// Another SQLSTATE may be given instead.
 //
 // A fault may be aimed: it then waits for a statement whose text contains
 // the given words (for SQLFetch and SQLCloseCursor: the statement last run
@@ -17,7 +20,7 @@
 
 namespace odbc_fault {
 
-enum class Call { ExecDirect, Fetch, Connect, CloseCursor };
+enum class Call { ExecDirect, Fetch, Connect, CloseCursor, EndTran, EndTranAfterCommit };
 
 void failNext(Call call, int count, std::string statementContains = {}, std::string sqlState = {},
               int passFirst = 0);
