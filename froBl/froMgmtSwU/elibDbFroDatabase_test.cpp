@@ -191,8 +191,10 @@ TEST_F(ElibDbFroDatabaseTest, AnyTextValueIsStoredAndReadBackUnchanged)
             if (inTransaction) {
                 ASSERT_TRUE(commit(update)) << m_server->lastError();
             }
-            EXPECT_EQ(stored(object->getInternalId(), kExternalNode)["logicalName"].second, xmlEscape::encode(raw))
-                << raw;
+            const auto attributes = stored(object->getInternalId(), kExternalNode);
+            const auto name = attributes.find("logicalName");
+            ASSERT_NE(name, attributes.end()) << raw;
+            EXPECT_EQ(name->second, std::make_pair(std::string("STRING"), xmlEscape::encode(raw))) << raw;
         }
     }
     EXPECT_EQ(query("select count(*) from apc_fro_versions")[0][0], "12");
@@ -443,8 +445,13 @@ TEST_F(ElibDbFroDatabaseTest, AnotherOpenTransactionKeepsItsNewEmptyTable)
     ASSERT_TRUE(m_db->saveFRO(first, cabinet->getInternalId(), kCabinet, mimOf("Cabinet=1", *cabinet)));
     ASSERT_TRUE(m_db->saveFRO(second, supply->getInternalId(), kPowerSupply, mimOf("PowerSupply=1", *supply)));
     ASSERT_TRUE(commit(second));
+    // The first transaction's table is still empty, and still there.
+    EXPECT_EQ(dataTables(),
+              (std::vector<std::string>{"apc_frodata_Cabinet_INITIAL", "apc_frodata_PowerSupply_INITIAL"}));
+    EXPECT_EQ(query("select count(*) from apc_frodata_Cabinet_INITIAL")[0][0], "0");
     ASSERT_TRUE(commit(first)) << m_server->lastError();
     EXPECT_EQ(stored(cabinet->getInternalId(), kCabinet), attributesOf(*cabinet));
+    EXPECT_EQ(stored(supply->getInternalId(), kPowerSupply), attributesOf(*supply));
 
     // With no other transaction open, emptied tables go as before.
     const std::int32_t deletion = m_server->newTransaction();
