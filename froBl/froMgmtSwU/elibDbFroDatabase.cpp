@@ -416,11 +416,17 @@ ElibDbFroDatabase::TableStatus ElibDbFroDatabase::tableStatusOnce(const std::str
 ElibDbFroDatabase::TableStatus ElibDbFroDatabase::tableStatus(std::string name)
 {
     name = sqlText::lowerCase(name);
+    // Tables this object has seen or made stay until it drops them or a
+    // transaction fails: asking again for each object would cost a query.
+    if (m_knownTables.count(name) != 0)
+        return TABLE_FOUND;
     const std::string sql = "select name from tables where name = " + sqlText::quote(name);
     SSC_TRACE(dbGroup(), kFlow, "Executing SQL: %s", sql.c_str());
     for (int round = 0; round <= kMaxRepeats; ++round) {
         bool lost = false;
         const TableStatus status = tableStatusOnce(sql, lost);
+        if (status == TABLE_FOUND)
+            m_knownTables.insert(name);
         if (!lost)
             return status;
         if (!reconnect())
@@ -438,6 +444,7 @@ bool ElibDbFroDatabase::createTable(const std::string& name, const std::string& 
         bool lost = false;
         if (execOnce(sql, lost, &rc)) {
             SSC_TRACE(dbGroup(), kFlow, "ELIB::ElibDbFroDatabase::createTable: Table Created");
+            m_knownTables.insert(sqlText::lowerCase(name));
             return true;
         }
         if (!lost)
@@ -458,6 +465,12 @@ bool ElibDbFroDatabase::createTable(const std::string& name, const std::string& 
 
 bool ElibDbFroDatabase::getFrodataTableName(std::uint32_t froType, std::string& name)
 {
+    // A class keeps its table name for good: the rows are written once, at
+    // set-up, and never changed.
+    if (const auto known = m_tableNames.find(froType); known != m_tableNames.end()) {
+        name = known->second;
+        return true;
+    }
     const TableStatus status = tableStatus(Sql::kVersionsTable);
     if (status == TABLE_NOT_FOUND)
         SSC_TRACE(dbGroup(), kError, "No FRO versions table was found.");
@@ -478,6 +491,7 @@ bool ElibDbFroDatabase::getFrodataTableName(std::uint32_t froType, std::string& 
     name = *rows[0][0];
     SSC_TRACE(dbGroup(), kFlow, "ELIB::ElibDbFroDatabase::fetchFrodataTableName: returns %s from the database",
               name.c_str());
+    m_tableNames.emplace(froType, name);
     return true;
 }
 
@@ -848,6 +862,7 @@ void ElibDbFroDatabase::handleCommitInd(const std::uint8_t* signal, std::size_t 
 void ElibDbFroDatabase::handleRollbackInd(const std::uint8_t* signal, std::size_t size)
 {
     SSC_TRACE(dbGroup(), kFlow, "ROLLBACK_IND received");
+    m_knownTables.clear(); // a statement may have failed on a table that went
     std::int32_t transactionId = 0;
     if (transactionIdOf(signal, size, transactionId))
         sanityCheck(transactionId);
@@ -878,8 +893,10 @@ void ElibDbFroDatabase::sanityCheck(std::int32_t transactionId)
         std::vector<Row> ids;
         if (fetch("sanityCheck", "select froid from " + table + " order by froid asc ", {{1, ColumnKind::Integer}},
                   ids) == DBI_OPERATION_SUCCESS &&
-            ids.empty() && execDirect("drop table " + table))
+            ids.empty() && execDirect("drop table " + table)) {
+            m_knownTables.erase(sqlText::lowerCase(table));
             emptied.push_back(version.number);
+        }
     }
     const FetchResult result = read ? DBI_OPERATION_SUCCESS : DBI_OPERATION_FAIL;
     if (!emptied.empty())
@@ -937,6 +954,7 @@ void ElibDbFroDatabase::handleSignal(const std::uint8_t* signal, std::size_t siz
     case kTransRollbackCfm:
         break;
     case kTransServerDownInd:
+        m_knownTables.clear();
         m_bufferedTypes.clear();
         m_registeredTransactions.clear();
         break;

@@ -119,6 +119,24 @@ TEST_F(ElibDbFroDatabaseTest, ARolledBackFirstObjectLeavesNoTableBehind)
     m_db->handleSignal(signal.data(), signal.size());
     EXPECT_TRUE(dataTables().empty());
     EXPECT_EQ(m_db->registeredTransactionCount(), 0u);
+
+    // The dropped table is known to be gone: the next first object makes it again.
+    const std::int32_t again = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(again, object->getInternalId(), kFanGroup, mimOf("FanGroup=1", *object)));
+    ASSERT_TRUE(commit(again)) << m_server->lastError();
+    EXPECT_EQ(stored(object->getInternalId(), kFanGroup), attributesOf(*object));
+
+    // A table dropped behind the database's back fails that commit; after
+    // the failure the table is looked for again and made anew.
+    auto second = makeObject("FanGroup=2", kFanGroup);
+    query("drop table apc_frodata_FanGroup_INITIAL");
+    const std::int32_t blind = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(blind, second->getInternalId(), kFanGroup, mimOf("FanGroup=2", *second)));
+    EXPECT_FALSE(commit(blind));
+    const std::int32_t seeing = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(seeing, second->getInternalId(), kFanGroup, mimOf("FanGroup=2", *second)));
+    ASSERT_TRUE(commit(seeing)) << m_server->lastError();
+    EXPECT_EQ(stored(second->getInternalId(), kFanGroup), attributesOf(*second));
 }
 
 // The first objects of a class in two transactions open at once: each
@@ -507,7 +525,10 @@ TEST_F(ElibDbFroDatabaseTest, FaultsWhileReadingAreTracedAndRepeatedWhereTheLink
     EXPECT_EQ(odbc_fault::injected(odbc_fault::Call::Fetch), 1);
     EXPECT_TRUE(trace.contains("DB disconnected"));
 
-    // A cursor that will not close is traced; the answer stands.
+    // A cursor that will not close is traced; the answer stands. (A database
+    // object started anew asks whether the table is there.)
+    m_db = std::make_unique<DatabaseFacade>(m_config, *m_server);
+    ASSERT_TRUE(m_db->init());
     odbc_fault::failNext(odbc_fault::Call::CloseCursor, 1, "'apc_frodata_fangroup_initial'");
     ids.clear();
     EXPECT_TRUE(m_db->getFroIds(kFanGroup, ids));

@@ -14,6 +14,8 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 class SignalDistributorAPI;
@@ -160,6 +162,8 @@ private:
     SignalDistributorAPI* m_pDistributor; // not owned; may be null
     bool m_firstInit = true;
     std::vector<BufferedType> m_bufferedTypes;
+    std::unordered_set<std::string> m_knownTables;               // lower case
+    std::unordered_map<std::uint32_t, std::string> m_tableNames; // class -> its data table
     std::vector<std::int32_t> m_registeredTransactions;
     std::vector<char> m_textBuffer; // one text column as read
 };
