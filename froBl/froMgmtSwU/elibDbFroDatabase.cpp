@@ -507,6 +507,13 @@ void ElibDbFroDatabase::sendInTransaction(std::int32_t transactionId, const std:
 bool ElibDbFroDatabase::fetchAttributes(std::uint32_t froType, std::vector<std::string>& names,
                                         std::vector<std::string>& types)
 {
+    // Stored attribute rows of a class do not change until the class's last
+    // object goes (removeAttributeRows): read them once.
+    if (const auto known = m_storedAttributes.find(froType); known != m_storedAttributes.end()) {
+        names = known->second.names;
+        types = known->second.types;
+        return true;
+    }
     std::vector<Row> rows;
     const std::string sql = std::string("select * from ") + Sql::kAttributesTable + " where frotype = " +
                             std::to_string(froType);
@@ -523,6 +530,8 @@ bool ElibDbFroDatabase::fetchAttributes(std::uint32_t froType, std::vector<std::
         names.push_back(*row[0]);
         types.push_back(*row[1]);
     }
+    if (!names.empty())
+        m_storedAttributes[froType] = BufferedType{froType, 0, names, types};
     return true;
 }
 
@@ -863,6 +872,7 @@ void ElibDbFroDatabase::handleRollbackInd(const std::uint8_t* signal, std::size_
 {
     SSC_TRACE(dbGroup(), kFlow, "ROLLBACK_IND received");
     m_knownTables.clear(); // a statement may have failed on a table that went
+    m_storedAttributes.clear();
     std::int32_t transactionId = 0;
     if (transactionIdOf(signal, size, transactionId))
         sanityCheck(transactionId);
@@ -912,6 +922,7 @@ void ElibDbFroDatabase::removeAttributeRows(const std::vector<std::uint32_t>& fr
         return;
     }
     for (std::uint32_t froType : froTypes) {
+        m_storedAttributes.erase(froType);
         const std::string sql = std::string("delete from ") + Sql::kAttributesTable + " where frotype = " +
                                 std::to_string(froType);
         SSC_TRACE(dbGroup(), kFlow, "Executing SQL query %s", sql.c_str());
@@ -955,6 +966,7 @@ void ElibDbFroDatabase::handleSignal(const std::uint8_t* signal, std::size_t siz
         break;
     case kTransServerDownInd:
         m_knownTables.clear();
+        m_storedAttributes.clear();
         m_bufferedTypes.clear();
         m_registeredTransactions.clear();
         break;

@@ -477,6 +477,14 @@ TEST_F(ElibDbFroDatabaseTest, AnotherOpenTransactionKeepsItsNewEmptyTable)
     ASSERT_TRUE(m_db->deleteFRO(deletion, supply->getInternalId(), kPowerSupply));
     ASSERT_TRUE(commit(deletion));
     EXPECT_TRUE(dataTables().empty());
+
+    // The class starts afresh: its first object now brings other attributes.
+    auto reborn = makeObject("Cabinet=9", kCabinet);
+    reborn->addAttribute("extra", "1", "S32");
+    const std::int32_t rebirth = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(rebirth, reborn->getInternalId(), kCabinet, mimOf("Cabinet=9", *reborn)));
+    ASSERT_TRUE(commit(rebirth)) << m_server->lastError();
+    EXPECT_EQ(stored(reborn->getInternalId(), kCabinet), attributesOf(*reborn));
 }
 
 TEST_F(ElibDbFroDatabaseTest, ALaterObjectMustKeepTheAttributeTypesOfItsClass)
