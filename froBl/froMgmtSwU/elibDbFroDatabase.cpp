@@ -4,6 +4,7 @@
 
 #include "froBl/froMgmtSwU/export/froTrace.h"
 #include "froBl/froMgmtSwU/export/froTypes.h"
+#include "froBl/froMgmtSwU/export/xmlEscape.h"
 #include "froBl/froMgmtSwU/export/xmlGuard.h"
 #include "froBl/froMgmtSwU/export/xmlHandler.h"
 #include "froBl/froMgmtSwU/froSqlStatements.h"
@@ -643,19 +644,22 @@ bool ElibDbFroDatabase::readableBack(const xmlDocumentRecord& record)
         return false;
     }
     // The document that retrieveFRO will make of the row must parse again,
-    // or the restore could never read this object.
-    std::vector<std::string> names, types, values;
-    for (std::size_t i = 0; i < record.names.size(); ++i) {
+    // or the restore could never read this object. It is built from the
+    // same texts: escaped names and values, the ldn, and complex values that
+    // the parser itself wrote as one element each. So each text must be one
+    // that building accepts, and the whole must stay within the guard's size.
+    bool readable = xmlEscape::isEncoded(record.ldn);
+    std::size_t size = record.ldn.size() + 128;
+    for (std::size_t i = 0; readable && i < record.names.size(); ++i) {
         if (Sql::isParentRef(record.names[i]))
             continue;
-        names.push_back(record.names[i]);
-        types.push_back(record.types[i]);
-        values.push_back(record.values[i]);
+        const std::string& type = record.types[i];
+        const bool primitive = type.empty() || xmlHandler::isPrimitiveType(type);
+        readable = primitive ? xmlEscape::isEncoded(record.names[i]) && xmlEscape::isEncoded(record.values[i])
+                             : xmlHandler::isDerivedType(type);
+        size += record.names[i].size() + type.size() + record.values[i].size() + 40;
     }
-    std::string text;
-    xmlDocumentRecord again;
-    if (xmlHandler::instance().build(record.ldn, "1.0", names, types, values, text) &&
-        xmlHandler::instance().parse(text, again))
+    if (readable && size <= xmlGuard::kMaxDocumentBytes)
         return true;
     SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::saveFRO: object %s could not be read back",
               record.ldn.c_str());
