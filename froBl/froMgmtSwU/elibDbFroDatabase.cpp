@@ -421,6 +421,8 @@ ElibDbFroDatabase::TableStatus ElibDbFroDatabase::tableStatus(std::string name)
     // transaction fails: asking again for each object would cost a query.
     if (m_knownTables.count(name) != 0)
         return TABLE_FOUND;
+    if (m_absentTables.count(name) != 0)
+        return TABLE_NOT_FOUND;
     const std::string sql = "select name from tables where name = " + sqlText::quote(name);
     SSC_TRACE(dbGroup(), kFlow, "Executing SQL: %s", sql.c_str());
     for (int round = 0; round <= kMaxRepeats; ++round) {
@@ -428,6 +430,8 @@ ElibDbFroDatabase::TableStatus ElibDbFroDatabase::tableStatus(std::string name)
         const TableStatus status = tableStatusOnce(sql, lost);
         if (status == TABLE_FOUND)
             m_knownTables.insert(name);
+        else if (status == TABLE_NOT_FOUND)
+            m_absentTables.insert(name);
         if (!lost)
             return status;
         if (!reconnect())
@@ -439,6 +443,7 @@ ElibDbFroDatabase::TableStatus ElibDbFroDatabase::tableStatus(std::string name)
 bool ElibDbFroDatabase::createTable(const std::string& name, const std::string& columns)
 {
     const std::string sql = Sql::createTable(name, columns);
+    m_absentTables.erase(sqlText::lowerCase(name)); // made now, or in doubt
     SSC_TRACE(dbGroup(), kFlow, "ELIB::ElibDbFroDatabase::createTable: SQL Create Table String = %s", sql.c_str());
     SQLRETURN rc = SQL_ERROR;
     for (int round = 0; round <= kMaxRepeats; ++round) {
@@ -876,6 +881,7 @@ void ElibDbFroDatabase::handleRollbackInd(const std::uint8_t* signal, std::size_
 {
     SSC_TRACE(dbGroup(), kFlow, "ROLLBACK_IND received");
     m_knownTables.clear(); // a statement may have failed on a table that went
+    m_absentTables.clear();
     m_storedAttributes.clear();
     std::int32_t transactionId = 0;
     if (transactionIdOf(signal, size, transactionId))
@@ -909,6 +915,7 @@ void ElibDbFroDatabase::sanityCheck(std::int32_t transactionId)
                   ids) == DBI_OPERATION_SUCCESS &&
             ids.empty() && execDirect("drop table " + table)) {
             m_knownTables.erase(sqlText::lowerCase(table));
+            m_absentTables.insert(sqlText::lowerCase(table));
             emptied.push_back(version.number);
         }
     }
@@ -970,6 +977,7 @@ void ElibDbFroDatabase::handleSignal(const std::uint8_t* signal, std::size_t siz
         break;
     case kTransServerDownInd:
         m_knownTables.clear();
+        m_absentTables.clear();
         m_storedAttributes.clear();
         m_bufferedTypes.clear();
         m_registeredTransactions.clear();

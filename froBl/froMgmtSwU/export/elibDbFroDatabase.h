@@ -163,6 +163,7 @@ private:
     bool m_firstInit = true;
     std::vector<BufferedType> m_bufferedTypes;
     std::unordered_set<std::string> m_knownTables;               // lower case
+    std::unordered_set<std::string> m_absentTables;              // lower case
     std::unordered_map<std::uint32_t, std::string> m_tableNames; // class -> its data table
     std::unordered_map<std::uint32_t, BufferedType> m_storedAttributes; // class -> its stored rows
     std::vector<std::int32_t> m_registeredTransactions;
