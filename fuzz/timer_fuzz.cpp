@@ -28,7 +28,7 @@ public:
     void timeout(TimerId id) override
     {
         if (m_habits & 1u) TimerService::stopTimer(id.timerType, this, id.argument);
-        if (m_habits & 2u) TimerService::startTimer(5, id.timerType, this, id.argument + 1);
+        if (m_habits & 2u) TimerService::startTimer(50, id.timerType, this, id.argument + 1);
         if (m_habits & 4u) TimerService::startCyclicTimer(1000, id.timerType, this, id.argument);
         if (m_habits & 8u) (void)TimerService::isTimerRunning(id.timerType, this, id.argument);
     }
@@ -98,6 +98,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         }
     };
     world.start(world.createProcess(world.defaultNode(), forger));
-    world.runFor(5'000);
+    world.runFor(3'000);
     return 0;
 }
