@@ -417,6 +417,81 @@ TEST(GatewayClockTest, AClientThatHoldsTheClockCanHuntWithATimeOutAndAdvanceBeyo
     EXPECT_EQ(client.advanceTo(far), std::optional<std::uint64_t>(far));
 }
 
+TEST_F(GatewaySystemTest, EachErrorThatClosesAConnectionCarriesItsDocumentedCode)
+{
+    const std::vector<std::pair<std::uint32_t, std::string>> cases = {
+        {1, kRawHello + kRawHello},                                         // a second hello
+        {2, kRawHello + frame(0x7777, "")},                                 // unknown type
+        {3, be32(8 + 8 + 16u * 1024u * 1024u + 1) + std::string(8, 'x')},  // above the limit
+        {4, frame(0x0001, be32(2) + be32(0) + "raw")},                      // another version
+        {5, frame(0x0007, "")},                                             // a frame before the hello
+    };
+    for (const auto& [code, bytes] : cases) {
+        RawConnection raw(m_node.socketPath());
+        raw.write(bytes);
+        auto first = raw.readFrame();
+        ASSERT_TRUE(first) << code;
+        if (first->type == 0x8001) first = raw.readFrame(); // the welcome of a hello that went through
+        ASSERT_TRUE(first) << code;
+        EXPECT_EQ(first->type, 0x80FF) << code;
+        EXPECT_EQ(ose::loadBe32(first->payload.data()), code);
+        EXPECT_TRUE(raw.closedByNode()) << code;
+    }
+}
+
+TEST_F(GatewaySystemTest, TheAnswersCarryTheirDocumentedFields)
+{
+    RawConnection raw(m_node.socketPath());
+    raw.write(frame(0x0001, be32(1) + be32(0) + "fields", 7));
+    auto welcome = raw.readFrame();
+    ASSERT_TRUE(welcome);
+    EXPECT_EQ(welcome->type, 0x8001);
+    EXPECT_EQ(welcome->requestId, 7u);
+    ASSERT_EQ(welcome->payload.size(), 20u);
+    EXPECT_EQ(ose::loadBe32(welcome->payload.data()), 1u);     // version
+    EXPECT_EQ(ose::loadBe32(welcome->payload.data() + 8), 1u); // virtual clock
+
+    raw.write(frame(0x0007, "", 8));
+    auto now = raw.readFrame();
+    ASSERT_TRUE(now);
+    ASSERT_EQ(now->payload.size(), 20u);
+    const std::uint64_t world = (std::uint64_t{ose::loadBe32(now->payload.data())} << 32) |
+                                ose::loadBe32(now->payload.data() + 4);
+    const std::uint64_t calendar = (std::uint64_t{ose::loadBe32(now->payload.data() + 8)} << 32) |
+                                   ose::loadBe32(now->payload.data() + 12);
+    EXPECT_EQ(calendar, 1577836800000ull + world) << "the default start, 2020-01-01 00:00 UTC";
+    EXPECT_EQ(ose::loadBe32(now->payload.data() + 16), 1u);
+
+    raw.write(frame(0x0005, be32(12345), 9)); // an attach reference never given
+    auto done = raw.readFrame();
+    ASSERT_TRUE(done);
+    EXPECT_EQ(done->type, 0x8006);
+    EXPECT_EQ(done->requestId, 9u);
+
+    raw.write(frame(0x0008, be32(0) + be32(0), 10)); // a target in the past
+    auto advanced = raw.readFrame();
+    ASSERT_TRUE(advanced);
+    EXPECT_EQ(advanced->type, 0x8008);
+    EXPECT_EQ(advanced->requestId, 10u);
+}
+
+TEST_F(GatewaySystemTest, AClientThatStopsReadingIsDisconnectedOnceItsOutputPassesTheLimit)
+{
+    RawConnection raw(m_node.socketPath());
+    raw.write(kRawHello);
+    auto welcome = raw.readFrame();
+    ASSERT_TRUE(welcome);
+    const std::uint32_t self = ose::loadBe32(welcome->payload.data() + 4);
+    // Five signals of 16 MiB to itself, none of them read: 80 MiB wait.
+    const std::string big = frame(0x0003, be32(self) + signalBytes(0x77, std::string(16u * 1024u * 1024u - 4, 'b')));
+    for (int i = 0; i < 5; ++i)
+        raw.write(big);
+    EXPECT_TRUE(raw.closedByNode());
+
+    GatewayClient other;
+    EXPECT_TRUE(other.connect(m_node.socketPath(), "other")) << "the node goes on";
+}
+
 TEST_F(GatewaySystemTest, RequestsThatCannotBeDoneAreRefusedAndTheConnectionGoesOn)
 {
     GatewayClient client;
@@ -435,6 +510,12 @@ TEST(GatewayNodeTest, StopsCleanlyOnSigtermAndRemovesItsSocket)
 {
     NodeProcess node({"--clock", "real"});
     EXPECT_TRUE(node.isRunning());
+    {
+        GatewayClient client;
+        ASSERT_TRUE(client.connect(node.socketPath(), "stepper"));
+        EXPECT_FALSE(client.advanceBy(10)) << "a real clock cannot be stepped";
+        EXPECT_EQ(client.lastError(), "the clock is real: time cannot be stepped");
+    }
     std::string socket = node.socketPath();
     EXPECT_EQ(node.stop(), 0);
     EXPECT_NE(access(socket.c_str(), F_OK), 0);
