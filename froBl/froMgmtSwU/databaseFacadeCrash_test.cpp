@@ -1,21 +1,20 @@
 // A node killed while it commits a transaction of objects, then started
 // again on the same database: every object of the transaction comes back
-// whole, or none of them does.
+// whole, or none of them does. The child kills itself at chosen calls to the
+// database, so every point of the commit is hit on every run.
 
 #include "froBl/froMgmtSwU/export/froTypes.h"
 #include "froBl/froMgmtSwU/testSupport/dbTestFixture.h"
 #include "platform/VantoTransactionClient.h"
 #include "platform/VantoTransactionMgmtClient.h"
 #include "platform/VantoTransactionOsePort.h"
+#include "platform/testSupport/odbcFaultInjection.h"
 #include "vanto/VantoTransactionServer.h"
 
 #include "ose/World.h"
 
 #include <csignal>
-#include <cstdio>
-#include <random>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -24,6 +23,15 @@ using namespace fro_types;
 using vanto_trans::TransResult;
 
 constexpr int kObjects = 1500;
+
+// Where the child dies: at the nth call of that kind whose statement holds
+// the words (nth 0: it does not die).
+struct KillPoint {
+    const char* what;
+    odbc_fault::Call call;
+    int nth;
+    const char* statementContains;
+};
 
 std::string ldnOf(int i)
 {
@@ -44,15 +52,17 @@ protected:
     }
 
     // The child: a node with the transaction server and an object process
-    // that saves every object in one transaction, leaves a marker file and
-    // commits. Ends with _exit only.
-    [[noreturn]] void runChild(const std::string& marker)
+    // that saves every object in one transaction and commits; it dies where
+    // the kill point says. Ends with _exit, or killed.
+    [[noreturn]] void runChild(const KillPoint& kill)
     {
+        if (kill.nth > 0)
+            odbc_fault::dieAt(kill.call, kill.nth, kill.statementContains);
         ose::World world;
         createTransactionServer(world, world.defaultNode(), m_config);
         ose::ProcessSpec definition;
         definition.name = "support_system_control_thread";
-        definition.entry = [this, &marker] {
+        definition.entry = [this] {
             VantoTransactionClient platform;
             DatabaseFacade database(m_config, platform);
             froIdHandler ids;
@@ -66,8 +76,6 @@ protected:
             for (int i = 0; i < kObjects; ++i)
                 if (!database.saveFRO(tx, objects[i]->getInternalId(), kCabinet, mimOf(ldnOf(i), *objects[i])))
                     _exit(3);
-            if (FILE* file = std::fopen(marker.c_str(), "w"))
-                std::fclose(file);
             _exit(client.commit(tx) == TransResult::Ok ? 0 : 4);
         };
         world.start(world.createProcess(world.defaultNode(), definition));
@@ -75,41 +83,25 @@ protected:
         _exit(5);
     }
 
-    // One round on a fresh database: kill the child killAfterMs after its
-    // commit began (never when negative); the objects found afterwards and the
-    // time from the marker to the child's end.
-    std::pair<int, long long> runRound(int killAfterMs)
+    // One round on a fresh database: the child runs to its kill point (or to
+    // its end), then the objects are read back by a database started anew.
+    int runRound(const KillPoint& kill)
     {
         TearDown();
         SetUp();
         VantoDb_disconnect(m_probe);
-        const std::string marker = m_dir + "/committing";
         const pid_t child = fork();
         EXPECT_GE(child, 0);
         if (child == 0)
-            runChild(marker);
-        bool sawMarker = false;
-        for (int i = 0; i < 120000 && !sawMarker; ++i) {
-            sawMarker = access(marker.c_str(), F_OK) == 0;
-            if (!sawMarker && waitpid(child, nullptr, WNOHANG) == child)
-                break;
-            if (!sawMarker)
-                std::this_thread::sleep_for(std::chrono::milliseconds(1)); // waits for the child only
-        }
-        EXPECT_TRUE(sawMarker) << "the child ended before its commit";
-        const auto began = std::chrono::steady_clock::now();
-        if (killAfterMs >= 0) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(killAfterMs));
-            kill(child, SIGKILL);
-        }
+            runChild(kill);
         int status = 0;
         waitpid(child, &status, 0);
-        const long long tookMs =
-            std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - began).count();
-        if (killAfterMs < 0) {
+        if (kill.nth > 0) {
+            EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << kill.what << ": " << status;
+        } else {
             EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "child failed: " << status;
         }
-        return {countWholeObjects(), tookMs};
+        return countWholeObjects();
     }
 
     // Read back by a database started anew; -1 when an object is not whole.
@@ -134,21 +126,19 @@ protected:
 
 TEST_F(DatabaseFacadeCrashTest, ANodeKilledDuringACommitOfObjectsLeavesEveryObjectWholeOrNone)
 {
-    // A round without a kill tells how long the commit takes here, so that
-    // the kills spread over it; only the outcome is checked, never the time.
-    const auto [all, commitMs] = runRound(-1);
-    ASSERT_EQ(all, kObjects);
-    std::mt19937 random(20261125);
-    int whole = 0, none = 0;
-    for (int fifth = 0; fifth <= 5; ++fifth) {
-        const int killAfter = static_cast<int>(commitMs * fifth / 4) + static_cast<int>(random() % 3); // to beyond the end
-        const int found = runRound(killAfter).first;
-        EXPECT_TRUE(found == 0 || found == kObjects)
-            << found << " objects came back (-1: one not whole), killed " << killAfter << " ms into the commit";
-        (found == kObjects ? whole : none) += 1;
-    }
-    std::printf("commit of %d objects: %lld ms; kills: %d left every object, %d none\n", kObjects, commitMs, whole,
-                none);
+    using odbc_fault::Call;
+    const std::vector<std::pair<KillPoint, int>> rounds = {
+        {{"no kill", Call::ExecDirect, 0, ""}, kObjects},
+        {{"before the commit marker", Call::ExecDirect, 1, "insert into vanto_commit_marks"}, 0},
+        {{"before the attribute rows", Call::ExecDirect, 1, "insert into apc_fro_attributes"}, 0},
+        {{"before the first object", Call::ExecDirect, 1, "insert into apc_frodata_"}, 0},
+        {{"in the middle of the objects", Call::ExecDirect, kObjects / 2, "insert into apc_frodata_"}, 0},
+        {{"before the last object", Call::ExecDirect, kObjects, "insert into apc_frodata_"}, 0},
+        {{"before the commit reaches the database", Call::EndTran, 1, ""}, 0},
+        {{"right after the commit", Call::EndTranAfterCommit, 1, ""}, kObjects},
+    };
+    for (const auto& [kill, expected] : rounds)
+        EXPECT_EQ(runRound(kill), expected) << "killed " << kill.what << " (-1: an object not whole)";
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <cstring>
 #include <dlfcn.h>
 #include <map>
@@ -20,6 +21,13 @@ struct Fault {
 };
 
 std::array<Fault, 6> g_faults;
+
+struct Death {
+    odbc_fault::Call call;
+    int countdown = 0; // 0: none armed
+    std::string statementContains;
+};
+Death g_death;
 SQLHANDLE g_diagHandle = nullptr;              // the handle whose next diagnostics are ours
 std::string g_diagState;                       // and the state they report
 std::map<SQLHANDLE, std::string> g_statements; // last text run on each statement handle
@@ -48,6 +56,16 @@ bool take(odbc_fault::Call call, SQLHANDLE handle, const char* defaultState, con
     return true;
 }
 
+void dieIfDue(odbc_fault::Call call, const std::string& statement = {})
+{
+    if (g_death.countdown == 0 || g_death.call != call)
+        return;
+    if (!g_death.statementContains.empty() && statement.find(g_death.statementContains) == std::string::npos)
+        return;
+    if (--g_death.countdown == 0)
+        raise(SIGKILL);
+}
+
 template <typename Function>
 Function real(const char* name)
 {
@@ -71,9 +89,15 @@ int injected(Call call)
     return fault(call).injected;
 }
 
+void dieAt(Call call, int nth, std::string statementContains)
+{
+    g_death = {call, nth, std::move(statementContains)};
+}
+
 void reset()
 {
     g_faults = {};
+    g_death = {};
     g_diagHandle = nullptr;
     g_diagState.clear();
     g_statements.clear();
@@ -93,6 +117,7 @@ SQLRETURN SQL_API SQLExecDirect(SQLHSTMT statement, SQLCHAR* text, SQLINTEGER le
         current = reinterpret_cast<const char*>(text);
     else
         current.assign(reinterpret_cast<const char*>(text), static_cast<std::size_t>(length < 0 ? 0 : length));
+    dieIfDue(odbc_fault::Call::ExecDirect, current);
     if (take(odbc_fault::Call::ExecDirect, statement, "08S01", current))
         return SQL_ERROR;
     return next(statement, text, length);
@@ -137,11 +162,13 @@ SQLRETURN SQL_API SQLEndTran(SQLSMALLINT type, SQLHANDLE handle, SQLSMALLINT com
     static const auto next = real<SQLRETURN(SQL_API*)(SQLSMALLINT, SQLHANDLE, SQLSMALLINT)>("SQLEndTran");
     if (completion != SQL_COMMIT)
         return next(type, handle, completion);
+    dieIfDue(odbc_fault::Call::EndTran);
     if (take(odbc_fault::Call::EndTran, handle, "08S01")) {
         next(type, handle, SQL_ROLLBACK); // the commit never reached the database
         return SQL_ERROR;
     }
     const SQLRETURN rc = next(type, handle, completion);
+    dieIfDue(odbc_fault::Call::EndTranAfterCommit);
     if (SQL_SUCCEEDED(rc) && take(odbc_fault::Call::EndTranAfterCommit, handle, "08S01"))
         return SQL_ERROR; // committed, but the answer was lost on the way
     return rc;

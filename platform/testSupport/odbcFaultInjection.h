@@ -25,6 +25,10 @@ enum class Call { ExecDirect, Fetch, Connect, CloseCursor, EndTran, EndTranAfter
 void failNext(Call call, int count, std::string statementContains = {}, std::string sqlState = {},
               int passFirst = 0);
 int injected(Call call);
+// The process kills itself (SIGKILL, as a crash would) at the nth matching
+// call, before it reaches the database; for EndTranAfterCommit, right after
+// the commit took effect. For crash tests in a child process.
+void dieAt(Call call, int nth, std::string statementContains = {});
 void reset();
 
 } // namespace odbc_fault
