@@ -205,6 +205,7 @@ public:
         std::string head = readExactly(12);
         if (head.size() < 12) return std::nullopt;
         const std::uint32_t length = ose::loadBe32(head.data());
+        if (length < 8 || length > 8 + 8 + 16u * 1024u * 1024u) return std::nullopt;
         const std::uint32_t typeAndFlags = ose::loadBe32(head.data() + 4);
         std::string payload = readExactly(length - 8);
         if (payload.size() < length - 8) return std::nullopt;
@@ -390,14 +391,13 @@ TEST_F(GatewaySystemTest, ANameIsPublishedOnlyWhereNoLiveProcessHoldsIt)
     std::snprintf(holder, sizeof holder, "0x%08x", first.pid());
     EXPECT_EQ(second.lastError(), "the name A4ciServer is taken by process " + std::string(holder));
     EXPECT_FALSE(second.publish("echo"));
-    first.close();
     // The name is free again once its holder is gone.
-    bool published = false;
-    for (int attempt = 0; attempt < 100 && !published; ++attempt) {
-        published = second.publish("A4ciServer");
-        if (!published) std::this_thread::sleep_for(10ms);
-    }
-    EXPECT_TRUE(published);
+    ASSERT_TRUE(second.attach(first.pid()));
+    first.close();
+    auto died = second.next(5s);
+    ASSERT_TRUE(died);
+    EXPECT_EQ(died->kind, GatewayEvent::Kind::Died);
+    EXPECT_TRUE(second.publish("A4ciServer")) << second.lastError();
     EXPECT_EQ(second.hunt("A4ciServer"), std::optional<ose::PROCESS>(second.pid()));
 }
 
