@@ -21,6 +21,7 @@ constexpr int kMaxRedirections = 16;
 // While processes keep each other busy, outside descriptors are still looked
 // at after this many scheduling steps.
 constexpr unsigned kStepsBetweenPolls = 256;
+constexpr std::chrono::milliseconds kPollInterval{1};
 
 std::string describeContext()
 {
@@ -246,6 +247,7 @@ void World::schedule(std::uint64_t limit, bool stopWhenIdle)
 {
     CurrentWorld scope(this);
     m_stopRequested = false;
+    m_pollBeforeStep = true;
     while (!m_stopRequested) {
         if (m_events.runPosted()) break;
         reapDeadProcesses();
@@ -291,10 +293,7 @@ bool World::waitForWork(std::uint64_t limit, bool stopWhenIdle)
         return true;
     }
     if (m_clock.config().mode == ClockMode::Virtual) {
-        // Outside clients are heard before every step of time: a virtual
-        // clock that no client holds must not run away from frames already
-        // sent to it.
-        if (m_events.watchesAny() && m_events.wait(std::chrono::nanoseconds(0))) return true;
+        if (outsideHeardBeforeStep()) return true;
         m_clock.advanceTo(target);
         return !(target == limit && (!next || *next > limit));
     }
@@ -311,6 +310,20 @@ bool World::waitForWork(std::uint64_t limit, bool stopWhenIdle)
         }
     }
     return true;
+}
+
+// A virtual clock that no client holds must not run away from frames
+// already sent to it: the watched descriptors are read before the first step
+// of time of each run and then at least every kPollInterval of wall time. Not
+// at every step: a poll costs more than a step of a simulated month.
+bool World::outsideHeardBeforeStep()
+{
+    if (!m_events.watchesAny()) return false;
+    const auto now = std::chrono::steady_clock::now();
+    if (!m_pollBeforeStep && now - m_lastTimePoll < kPollInterval) return false;
+    m_pollBeforeStep = false;
+    m_lastTimePoll = now;
+    return m_events.wait(std::chrono::nanoseconds(0));
 }
 
 void World::fireDueTimeouts()

@@ -20,6 +20,7 @@
 #include "ose/TimeoutQueue.h"
 #include "ose/Types.h"
 
+#include <chrono>
 #include <deque>
 #include <functional>
 #include <list>
@@ -133,6 +134,7 @@ private:
     // Scheduling.
     void schedule(std::uint64_t limit, bool stopWhenIdle);
     bool waitForWork(std::uint64_t limit, bool stopWhenIdle);
+    bool outsideHeardBeforeStep();
     void fireDueTimeouts();
     void resumeProcess(Process& process);
     void makeReady(Process& process);
@@ -180,6 +182,8 @@ private:
     EventLoop m_events;
     std::optional<std::uint64_t> m_timeCeiling;
     unsigned m_stepsSincePoll = 0;
+    bool m_pollBeforeStep = false;
+    std::chrono::steady_clock::time_point m_lastTimePoll{};
 };
 
 } // namespace ose
