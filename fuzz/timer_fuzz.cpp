@@ -3,20 +3,15 @@
 // signals of the timer numbers; its observer stops and restarts timers as the
 // input says.
 
-#include "fuzz/FuzzInput.h"
+#include "fuzz/FuzzSignals.h"
 #include "fuzz/FuzzTrace.h"
-#include "frame/OsService.h"
-#include "frame/SignalDispatcher.h"
 #include "frame/TimerService.h"
 #include "frame/TimerSignals.h"
-#include "platform/WLOsHandler.h"
-#include "platform/WLTimerHandler.h"
+#include "platform/testSupport/CoreHarness.h"
 
 #include "ose/Kernel.h"
 #include "ose/World.h"
 
-#include <cstring>
-#include <memory>
 
 namespace {
 
@@ -37,31 +32,6 @@ private:
     std::uint8_t m_habits;
 };
 
-// The services point at this process's handlers only while it lives.
-struct ServicesReset {
-    ~ServicesReset()
-    {
-        TimerService::setHandler(nullptr);
-        OsService::setHandler(nullptr);
-    }
-};
-
-void coreBody(std::uint8_t habits)
-{
-    WLOsHandler os;
-    ServicesReset reset;
-    OsService::setHandler(&os);
-    auto dispatcher = std::make_unique<SignalDispatcher>();
-    auto timers = std::make_unique<WLTimerHandler>(dispatcher.get());
-    TimerService::setHandler(timers.get());
-    Observer observer(habits);
-    for (std::uint32_t type = 1; type <= 3; ++type) {
-        TimerService::startTimer(10 * type, type, &observer, 0);
-        TimerService::startCyclicTimer(1000, type + 10, &observer, 0);
-    }
-    dispatcher->run();
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
@@ -73,10 +43,16 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     if (size == 0) return 0;
+    Observer observer(data[0]); // outlives the world and its core process
     ose::World world;
     ose::ProcessSpec core;
     core.name = "SSC_THREAD";
-    core.entry = [habits = data[0]] { coreBody(habits); };
+    core.entry = core_harness::coreBody([&observer](SignalDispatcher&) {
+        for (std::uint32_t type = 1; type <= 3; ++type) {
+            TimerService::startTimer(10 * type, type, &observer, 0);
+            TimerService::startCyclicTimer(1000, type + 10, &observer, 0);
+        }
+    });
     const ose::PROCESS corePid = world.createProcess(world.defaultNode(), core);
     world.start(corePid);
 
@@ -85,17 +61,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     forger.entry = [data, size, corePid] {
         FuzzInput input(data + 1, size - 1);
         while (!input.empty()) {
-            const ose::SIGSELECT sigNo = kNumbers[input.byte() % std::size(kNumbers)];
-            const std::string_view body = input.piece();
-            ose::Signal* signal = ose::alloc(static_cast<ose::OSBUFSIZE>(4 + body.size()), sigNo);
-            std::memcpy(reinterpret_cast<char*>(signal) + 4, body.data(), body.size());
+            ose::Signal* signal = nextSignal(input, kNumbers);
             ose::send(&signal, corePid);
             ose::delay(input.byte());
         }
-        for (;;) {
-            ose::Signal* answer = ose::receive(ose::kAnySignal);
-            ose::free_buf(&answer);
-        }
+        dropAnswersForever();
     };
     world.start(world.createProcess(world.defaultNode(), forger));
     world.runFor(3'000);

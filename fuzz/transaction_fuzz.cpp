@@ -3,7 +3,7 @@
 // choosing the number. The database cannot be reached, so no statement that
 // the fuzzer writes is ever run.
 
-#include "fuzz/FuzzInput.h"
+#include "fuzz/FuzzSignals.h"
 #include "fuzz/FuzzTrace.h"
 #include "platform/VantoTransactionSignals.h"
 #include "vanto/VantoTransactionServer.h"
@@ -11,7 +11,6 @@
 #include "ose/Kernel.h"
 #include "ose/World.h"
 
-#include <cstring>
 
 namespace {
 
@@ -45,16 +44,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     client.entry = [data, size, server] {
         FuzzInput input(data, size);
         while (!input.empty()) {
-            const ose::SIGSELECT sigNo = kNumbers[input.byte() % std::size(kNumbers)];
-            const std::string_view body = input.piece();
-            ose::Signal* signal = ose::alloc(static_cast<ose::OSBUFSIZE>(4 + body.size()), sigNo);
-            std::memcpy(reinterpret_cast<char*>(signal) + 4, body.data(), body.size());
+            ose::Signal* signal = nextSignal(input, kNumbers);
             ose::send(&signal, server);
         }
-        for (;;) {
-            ose::Signal* answer = ose::receive(ose::kAnySignal);
-            ose::free_buf(&answer);
-        }
+        dropAnswersForever();
     };
     world.start(world.createProcess(world.defaultNode(), client));
     world.runFor(60'000);

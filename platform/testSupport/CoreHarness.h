@@ -1,5 +1,5 @@
 #pragma once
-// A core process for world tests, made of the real pieces: the target's OS
+// A core process for world tests and fuzz targets, made of the real pieces: the target's OS
 // and timer handlers, the dispatcher and the timer service. `setUp` runs
 // inside the process before its receive loop, to create what a test needs.
 
@@ -8,8 +8,6 @@
 #include "frame/TimerService.h"
 #include "platform/WLOsHandler.h"
 #include "platform/WLTimerHandler.h"
-
-#include "ose/TestWorld.h"
 
 #include <functional>
 #include <memory>
