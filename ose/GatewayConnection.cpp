@@ -166,8 +166,10 @@ void GatewayConnection::handleFrame(FrameType type, std::uint16_t flags, std::ui
         return;
     }
     // A flag this node does not know may ask for something it would not do.
+    // (A frame of an unknown type is refused for its type, below.)
+    const bool request = type >= FrameType::Hello && type <= FrameType::Trace;
     const std::uint16_t known = type == FrameType::Send ? gateway::kSendAcknowledge : 0;
-    if ((flags & ~known) != 0) {
+    if (request && (flags & ~known) != 0) {
         const std::string text = "reserved flags " + hex(flags & ~known, 4) + " set in a frame of type " +
                                  hex(static_cast<std::uint32_t>(type), 4);
         if (m_pid == 0)

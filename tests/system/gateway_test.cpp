@@ -422,6 +422,7 @@ TEST_F(GatewaySystemTest, EachErrorThatClosesAConnectionCarriesItsDocumentedCode
     const std::vector<std::pair<std::uint32_t, std::string>> cases = {
         {1, kRawHello + kRawHello},                                         // a second hello
         {2, kRawHello + frame(0x7777, "")},                                 // unknown type
+        {2, kRawHello + frame(0x7777, "", 1, 0x0004)},                      // unknown, whatever its flags
         {3, be32(8 + 8 + 16u * 1024u * 1024u + 1) + std::string(8, 'x')},  // above the limit
         {4, frame(0x0001, be32(2) + be32(0) + "raw")},                      // another version
         {5, frame(0x0007, "")},                                             // a frame before the hello
