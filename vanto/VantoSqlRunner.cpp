@@ -15,7 +15,7 @@ constexpr int kMaxRounds = 3;
 // Marks of runs of this server start at a random point, so that a marker
 // left by an earlier server is never taken for one of its own.
 VantoSqlRunner::VantoSqlRunner(VantoDbConfig config)
-    : m_nextMark((std::uint64_t{std::random_device{}()} << 20 | 1) & 0x3FFFFFFFFFFFFull)
+    : m_nextMark(std::uint64_t{std::random_device{}()} << 20 | 1)
 {
     m_handles.config = std::move(config);
 }
