@@ -15,6 +15,10 @@ bool xmlGuard::check(std::string_view text)
         SSC_TRACE(xmlGroup(), kError, "XML body refused: it contains a NUL character");
         return false;
     }
+    if (!isUtf8(text)) {
+        SSC_TRACE(xmlGroup(), kError, "XML body refused: it is not valid UTF-8");
+        return false;
+    }
     for (std::size_t at = text.find("<!"); at != std::string_view::npos; at = text.find("<!", at + 2)) {
         if (text.substr(at, 4) != "<!--") {
             SSC_TRACE(xmlGroup(), kError, "XML body refused: declarations and CDATA are not allowed");
@@ -26,6 +30,45 @@ bool xmlGuard::check(std::string_view text)
         return false;
     }
     return nestingWithinLimit(text);
+}
+
+// The parser is told the text is UTF-8 and steps over a character by the
+// length its first byte announces: a broken or cut sequence would make it
+// step past the end of the text.
+bool xmlGuard::isUtf8(std::string_view text)
+{
+    for (std::size_t i = 0; i < text.size();) {
+        const auto lead = static_cast<unsigned char>(text[i]);
+        if (lead < 0x80) {
+            ++i;
+            continue;
+        }
+        std::size_t length = 0;
+        unsigned char low = 0x80; // the range of the second byte, which rules out
+        unsigned char high = 0xBF; // overlong forms, surrogates and beyond U+10FFFF
+        if (lead >= 0xC2 && lead <= 0xDF) {
+            length = 2;
+        } else if (lead >= 0xE0 && lead <= 0xEF) {
+            length = 3;
+            low = lead == 0xE0 ? 0xA0 : 0x80;
+            high = lead == 0xED ? 0x9F : 0xBF;
+        } else if (lead >= 0xF0 && lead <= 0xF4) {
+            length = 4;
+            low = lead == 0xF0 ? 0x90 : 0x80;
+            high = lead == 0xF4 ? 0x8F : 0xBF;
+        } else {
+            return false;
+        }
+        if (text.size() - i < length)
+            return false;
+        for (std::size_t k = 1; k < length; ++k) {
+            const auto next = static_cast<unsigned char>(text[i + k]);
+            if (next < (k == 1 ? low : 0x80) || next > (k == 1 ? high : 0xBF))
+                return false;
+        }
+        i += length;
+    }
+    return true;
 }
 
 bool xmlGuard::referencesKnown(std::string_view text)

@@ -158,6 +158,25 @@ TEST(xmlHandlerTest, HostileBodiesAreRefusedBeforeTheParserSeesThem)
     EXPECT_EQ(record.values[0], "\uD7FF\uE000\U0010FFFF");
 }
 
+TEST(xmlHandlerTest, ABodyThatIsNotUtf8IsRefusedAndCharactersOfEveryLengthAreKept)
+{
+    xmlDocumentRecord record;
+    traceCapture trace;
+    // A cut sequence at the end made the parser read past the text.
+    const std::string cut = "<mim version=\"1.0\">\n<class ldn=\"C1\xC3>\xFF\xFF\xFF</class>\n</m\x97\x92\xC1\xEC";
+    EXPECT_FALSE(handler().parse(cut, record));
+    EXPECT_TRUE(trace.contains("not valid UTF-8"));
+    for (const char* broken : {"\xC3", "\xE2\x98", "\xF0\x9F\x98", "\x80", "\xC0\xAF", "\xE0\x80\xAF",
+                               "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xFF"}) {
+        const std::string text = wrap("<attr name=\"a\" type=\"STRING\" value=\"" + std::string(broken) + "\"/>");
+        EXPECT_FALSE(handler().parse(text, record)) << text;
+        EXPECT_FALSE(handler().parse(text + broken, record)) << text;
+    }
+    const std::string whole = "\xC3\xA9\xE2\x98\xBA\xED\x9F\xBF\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF";
+    ASSERT_TRUE(handler().parse(wrap("<attr name=\"a\" type=\"STRING\" value=\"" + whole + "\"/>"), record));
+    EXPECT_EQ(record.values[0], whole);
+}
+
 // n elements, each inside the one before.
 std::string nested(int n, const std::string& tag = "s")
 {

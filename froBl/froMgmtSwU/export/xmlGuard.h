@@ -1,7 +1,8 @@
 #pragma once
 // Limits that a body must keep before it reaches the XML parser. The parser
 // descends recursively and keeps everything in memory, so depth and size are
-// checked on the raw text first; document type declarations (the door to
+// checked on the raw text first; so is the encoding, which the parser trusts
+// to find the ends of characters. Document type declarations (the door to
 // entity expansion) are not part of the format and are refused, and so is a
 // reference to an entity that the format does not know.
 
@@ -23,6 +24,7 @@ public:
 
 private:
     static bool opensElement(char next);
+    static bool isUtf8(std::string_view text);
     static bool nestingWithinLimit(std::string_view text);
     static bool referencesKnown(std::string_view text);
 };
