@@ -1,5 +1,7 @@
 #include "froBl/froMgmtSwU/export/xmlEscape.h"
 
+#include <algorithm>
+
 #include <array>
 #include <charconv>
 #include <cstdint>
@@ -38,18 +40,27 @@ bool isEntity(std::string_view body)
 std::string xmlEscape::encode(std::string_view text)
 {
     std::string out;
-    out.reserve(text.size());
-    for (char c : text) {
-        switch (c) {
+    appendEncoded(out, text);
+    return out;
+}
+
+void xmlEscape::appendEncoded(std::string& out, std::string_view text)
+{
+    out.reserve(out.size() + text.size());
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t special = std::min(text.find_first_of("&\"'<>", at), text.size());
+        out.append(text.substr(at, special - at));
+        if (special == text.size())
+            break;
+        switch (text[special]) {
         case '&': out += "&amp;"; break;
         case '"': out += "&quot;"; break;
         case '\'': out += "&apos;"; break;
         case '<': out += "&lt;"; break;
-        case '>': out += "&gt;"; break;
-        default: out += c; break;
+        default: out += "&gt;"; break;
         }
+        at = special + 1;
     }
-    return out;
 }
 
 bool xmlEscape::isEncoded(std::string_view text)

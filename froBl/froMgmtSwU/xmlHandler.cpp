@@ -3,8 +3,7 @@
 #include "froBl/froMgmtSwU/export/froTrace.h"
 #include "froBl/froMgmtSwU/export/xmlEscape.h"
 #include "froBl/froMgmtSwU/export/xmlGuard.h"
-
-#include <tinyxml.h>
+#include "froBl/froMgmtSwU/export/xmlReader.h"
 
 #include <array>
 
@@ -14,21 +13,41 @@ namespace {
 
 constexpr const char* kDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n";
 
-std::string encodedAttribute(const TiXmlElement& element, const char* name)
+using Element = xmlDocument::Element;
+
+std::string encodedAttribute(const Element& element, std::string_view name)
 {
-    const char* text = element.Attribute(name);
-    return text ? xmlEscape::encode(text) : std::string();
+    const std::optional<std::string_view> text = element.attribute(name);
+    return text ? xmlEscape::encode(*text) : std::string();
+}
+
+// Appends name="text" (with a blank before it), the text escaped.
+void appendEncodedAttribute(std::string& text, std::string_view name, std::string_view value)
+{
+    text += ' ';
+    text += name;
+    text += "=\"";
+    xmlEscape::appendEncoded(text, value);
+    text += '"';
 }
 
 void appendAttr(std::string& text, const std::string& name, const std::string& type, const std::string& value,
                 bool withEmptyName)
 {
     text += "<attr ";
-    if (withEmptyName || !name.empty())
-        text += "name=\"" + name + "\" ";
-    if (!type.empty())
-        text += "type=\"" + type + "\" ";
-    text += "value=\"" + value + "\"/>\n";
+    if (withEmptyName || !name.empty()) {
+        text += "name=\"";
+        text += name;
+        text += "\" ";
+    }
+    if (!type.empty()) {
+        text += "type=\"";
+        text += type;
+        text += "\" ";
+    }
+    text += "value=\"";
+    text += value;
+    text += "\"/>\n";
 }
 
 } // namespace
@@ -39,7 +58,7 @@ xmlHandler& xmlHandler::instance()
     return handler;
 }
 
-bool xmlHandler::isPrimitiveType(const std::string& type)
+bool xmlHandler::isPrimitiveType(std::string_view type)
 {
     constexpr std::array<const char*, 5> words{"S32", "U32", "U64", "S64", "STRING"};
     for (const char* word : words)
@@ -48,7 +67,7 @@ bool xmlHandler::isPrimitiveType(const std::string& type)
     return false;
 }
 
-bool xmlHandler::isDerivedType(const std::string& type)
+bool xmlHandler::isDerivedType(std::string_view type)
 {
     return type == "array" || type == "struct" || type == "moref";
 }
@@ -58,84 +77,103 @@ bool xmlHandler::parse(const std::string& text, xmlDocumentRecord& record) const
     record.names.clear();
     record.types.clear();
     record.values.clear();
-    TiXmlDocument document;
-    if (!xmlGuard::check(text) || (document.Parse(text.c_str(), nullptr, TIXML_ENCODING_UTF8), document.Error())) {
+    xmlDocument document;
+    const xmlReader::Result result = xmlReader::read(text, document);
+    if (result == xmlReader::Result::Failed) {
         SSC_TRACE(xmlGroup(), kError, "Parsing of xmlbuffer Failed");
         return false;
     }
-    const TiXmlElement* mim = document.RootElement();
-    if (!mim || mim->ValueStr() != "mim")
+    const Element mim = document.root();
+    if (result != xmlReader::Result::Read || mim.tag() != "mim")
         return false;
-    record.version = encodedAttribute(*mim, "version");
-    const TiXmlElement* cls = mim->FirstChildElement();
-    if (!cls || cls->ValueStr() != "class")
+    record.version = encodedAttribute(mim, "version");
+    const Element cls = mim.firstChild();
+    if (!cls || cls.tag() != "class")
         return false;
-    record.ldn = encodedAttribute(*cls, "ldn");
+    record.ldn = encodedAttribute(cls, "ldn");
     record.kind = xmlDocumentRecord::Plain;
     record.attributeCount = 0;
-    const TiXmlElement* first = cls->FirstChildElement();
-    if (first && first->ValueStr() == "action") {
+    Element first = cls.firstChild();
+    if (first && first.tag() == "action") {
         record.kind = xmlDocumentRecord::Action;
-        record.actionName = encodedAttribute(*first, "name");
-        first = first->FirstChildElement();
-    } else if (first && first->ValueStr() == "fault") {
+        record.actionName = encodedAttribute(first, "name");
+        first = first.firstChild();
+    } else if (first && first.tag() == "fault") {
         record.kind = xmlDocumentRecord::Fault;
-        record.faultName = encodedAttribute(*first, "name");
-        first = first->FirstChildElement();
+        record.faultName = encodedAttribute(first, "name");
+        first = first.firstChild();
     }
     return readAttributes(first, record);
 }
 
-bool xmlHandler::readAttributes(const TiXmlElement* first, xmlDocumentRecord& record) const
+bool xmlHandler::readAttributes(Element first, xmlDocumentRecord& record) const
 {
-    for (const TiXmlElement* element = first; element; element = element->NextSiblingElement()) {
-        const std::string& tag = element->ValueStr();
+    std::size_t count = 0;
+    for (Element element = first; element; element = element.nextSibling())
+        ++count;
+    record.names.reserve(count);
+    record.types.reserve(count);
+    record.values.reserve(count);
+    for (Element element = first; element; element = element.nextSibling()) {
+        const std::string_view tag = element.tag();
         std::string value;
         if (tag == "attr") {
-            value = encodedAttribute(*element, "value");
+            value = encodedAttribute(element, "value");
         } else if (isDerivedType(tag)) {
             if (record.kind == xmlDocumentRecord::Fault) {
                 SSC_TRACE(xmlGroup(), kError, "Parsing of XML-element failed: fault supplied with a array or "
                                               "struct child instead of only attr");
                 return false;
             }
-            if (!serialise(*element, value))
+            if (!serialise(element, value))
                 return false;
         } else {
             SSC_TRACE(xmlGroup(), kError,
                       "Parsing of XML-element failed: element not attr, array or struct. Element not included.");
             return false;
         }
-        const std::string name = encodedAttribute(*element, "name");
+        std::string name = encodedAttribute(element, "name");
         if (value.size() > xmlGuard::kMaxValueBytes) {
             SSC_TRACE(xmlGroup(), kError, "Parsing of XML-element failed: value of %s has %zu bytes, more than %zu",
                       name.c_str(), value.size(), xmlGuard::kMaxValueBytes);
             return false;
         }
-        record.names.push_back(name);
-        record.types.push_back(tag == "attr" ? encodedAttribute(*element, "type") : tag);
+        record.names.push_back(std::move(name));
+        record.types.push_back(tag == "attr" ? encodedAttribute(element, "type") : std::string(tag));
         record.values.push_back(std::move(value));
         record.attributeCount = static_cast<int>(record.names.size());
     }
     return true;
 }
 
-bool xmlHandler::serialise(const TiXmlElement& element, std::string& text) const
+bool xmlHandler::serialise(const Element& element, std::string& text) const
 {
-    const std::string& tag = element.ValueStr();
-    const std::string name = encodedAttribute(element, "name");
+    const std::string_view tag = element.tag();
+    const std::optional<std::string_view> name = element.attribute("name");
+    const bool named = name && !name->empty();
     if (tag == "attr") {
-        const std::string type = encodedAttribute(element, "type");
-        if (isPrimitiveType(type)) {
-            appendAttr(text, name, type, encodedAttribute(element, "value"), false);
+        const std::optional<std::string_view> type = element.attribute("type");
+        if (type && isPrimitiveType(*type)) {
+            text += "<attr";
+            if (named)
+                appendEncodedAttribute(text, "name", *name);
+            appendEncodedAttribute(text, "type", *type);
+            appendEncodedAttribute(text, "value", element.attribute("value").value_or(std::string_view()));
+            text += "/>\n";
             return true;
         }
     } else if (isDerivedType(tag)) {
-        text += "<" + tag + (name.empty() ? std::string() : " name=\"" + name + "\"") + ">\n";
-        for (const TiXmlElement* child = element.FirstChildElement(); child; child = child->NextSiblingElement())
-            if (!serialise(*child, text))
+        text += '<';
+        text += tag;
+        if (named)
+            appendEncodedAttribute(text, "name", *name);
+        text += ">\n";
+        for (Element child = element.firstChild(); child; child = child.nextSibling())
+            if (!serialise(child, text))
                 return false;
-        text += "</" + tag + ">\n";
+        text += "</";
+        text += tag;
+        text += ">\n";
         return true;
     }
     SSC_TRACE(xmlGroup(), kError, "Creation of XML failed: unknown type found");
@@ -144,12 +182,9 @@ bool xmlHandler::serialise(const TiXmlElement& element, std::string& text) const
 
 bool xmlHandler::isSingleElement(const std::string& text, const std::string& tag)
 {
-    TiXmlDocument document;
-    if (!xmlGuard::check(text))
-        return false;
-    document.Parse(text.c_str(), nullptr, TIXML_ENCODING_UTF8);
-    const TiXmlElement* root = document.RootElement();
-    return !document.Error() && root && root->ValueStr() == tag && !root->NextSiblingElement();
+    xmlDocument document;
+    bool alone = false;
+    return xmlReader::read(text, document, alone) == xmlReader::Result::Read && document.root().tag() == tag && alone;
 }
 
 bool xmlHandler::build(const std::string& ldn, const std::string& version, const std::vector<std::string>& names,

@@ -2,10 +2,8 @@
 
 #include "froBl/froMgmtSwU/export/froTrace.h"
 #include "froBl/froMgmtSwU/export/xmlEscape.h"
-#include "froBl/froMgmtSwU/export/xmlGuard.h"
+#include "froBl/froMgmtSwU/export/xmlReader.h"
 #include "ose/Format.h"
-
-#include <tinyxml.h>
 
 #include <charconv>
 
@@ -47,45 +45,46 @@ xmlTree::xmlTree(const std::string& name, const std::string& type, const std::st
         m_failed = true;
         return;
     }
-    TiXmlDocument document;
-    if (!xmlGuard::check(value) || (document.Parse(value.c_str(), nullptr, TIXML_ENCODING_UTF8), document.Error())) {
+    xmlDocument document;
+    switch (xmlReader::read(value, document)) {
+    case xmlReader::Result::Failed:
         SSC_TRACE(xmlGroup(), kError, "xmlTree could not parse the value attribute as XML");
         m_failed = true;
         return;
-    }
-    const TiXmlElement* root = document.RootElement();
-    if (!root) {
+    case xmlReader::Result::NoRootElement:
         SSC_TRACE(xmlGroup(), kError, "xmlTree could not get root element from string, returned NULL");
         m_failed = true;
         return;
+    case xmlReader::Result::Read:
+        break;
     }
-    buildFrom(*root);
+    buildFrom(document.root());
 }
 
-xmlTree::xmlTree(const TiXmlElement& element)
+xmlTree::xmlTree(const xmlDocument::Element& element)
 {
     buildFrom(element);
 }
 
-void xmlTree::buildFrom(const TiXmlElement& element)
+void xmlTree::buildFrom(const xmlDocument::Element& element)
 {
-    m_tag = element.ValueStr();
-    const char* name = element.Attribute("name");
-    m_name = name ? xmlEscape::encode(name) : std::string();
-    const char* type = element.Attribute("type");
-    if (m_tag == "attr" && type && isPrimitive(type)) {
-        m_type = type;
-        const char* value = element.Attribute("value");
+    m_tag = element.tag();
+    const std::optional<std::string_view> name = element.attribute("name");
+    m_name = name ? xmlEscape::encode(*name) : std::string();
+    const std::optional<std::string_view> type = element.attribute("type");
+    if (m_tag == "attr" && type && isPrimitive(std::string(*type))) {
+        m_type = *type;
+        const std::optional<std::string_view> value = element.attribute("value");
         if (!value) {
             SSC_TRACE(xmlGroup(), kError, "Primitive XML element does not contain a value tag");
             m_failed = true;
             return;
         }
-        m_value = xmlEscape::encode(value);
+        m_value = xmlEscape::encode(*value);
     } else if (isDerived(m_tag)) {
         m_type = m_tag;
-        for (const TiXmlElement* child = element.FirstChildElement(); child; child = child->NextSiblingElement()) {
-            m_children.emplace_back(*child);
+        for (xmlDocument::Element child = element.firstChild(); child; child = child.nextSibling()) {
+            m_children.emplace_back(child);
             m_failed = m_failed || m_children.back().failed();
         }
     } else {

@@ -15,10 +15,10 @@
 // The attribute elements may stand inside an <action name=".."> or a
 // <fault name=".."> element below <class>.
 
+#include "froBl/froMgmtSwU/export/xmlDocument.h"
+
 #include <string>
 #include <vector>
-
-class TiXmlElement;
 
 struct xmlDocumentRecord {
     enum Kind : int { Plain = 0, Action = 1, Fault = 2 };
@@ -46,12 +46,12 @@ public:
                const std::vector<std::string>& types, const std::vector<std::string>& values,
                std::string& text) const;
     // Appends the element and all below it.
-    bool serialise(const TiXmlElement& element, std::string& text) const;
+    bool serialise(const xmlDocument::Element& element, std::string& text) const;
 
-    static bool isPrimitiveType(const std::string& type);
-    static bool isDerivedType(const std::string& type);
+    static bool isPrimitiveType(std::string_view type);
+    static bool isDerivedType(std::string_view type);
 
 private:
-    bool readAttributes(const TiXmlElement* first, xmlDocumentRecord& record) const;
+    bool readAttributes(xmlDocument::Element first, xmlDocumentRecord& record) const;
     static bool isSingleElement(const std::string& text, const std::string& tag);
 };

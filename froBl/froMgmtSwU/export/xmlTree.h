@@ -3,12 +3,12 @@
 // Values in the tree are kept escaped, as everywhere in the object layer; the
 // setters and adders take plain text and escape it.
 
+#include "froBl/froMgmtSwU/export/xmlDocument.h"
+
 #include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
-
-class TiXmlElement;
 
 class xmlTree {
 public:
@@ -19,7 +19,7 @@ public:
     // A primitive type (U32, S32, STRING) gives a leaf; a derived one (array,
     // struct, moref) parses value as its XML text.
     xmlTree(const std::string& name, const std::string& type, const std::string& value);
-    explicit xmlTree(const TiXmlElement& element);
+    explicit xmlTree(const xmlDocument::Element& element);
 
     bool failed() const { return m_failed; }
     std::string toString() const;
@@ -47,7 +47,7 @@ public:
     static bool isDerived(const std::string& type);
 
 private:
-    void buildFrom(const TiXmlElement& element);
+    void buildFrom(const xmlDocument::Element& element);
     void appendTo(std::string& out) const;
     const xmlTree* find(const Path& path, std::size_t step) const;
     // find, with the callers' trace when nothing is found.
