@@ -684,18 +684,22 @@ bool ElibDbFroDatabase::saveFRO(std::int32_t transactionId, std::int32_t froId, 
                   record.names.size(), record.values.size(), record.types.size());
         return false;
     }
-    std::string columns;
     std::string statement;
     // Everything is checked first, so that an object that could not be
-    // written or read back leaves nothing behind.
-    if (!Sql::dataColumns(record.names, record.types, columns) ||
+    // written or read back leaves nothing behind. The names must be fit for
+    // the columns of a new table even when the table exists.
+    if (!Sql::checkColumnNames("createTable", record.names) ||
         !Sql::insertObject(table, froId, record.ldn, record.names, record.types, record.values, statement) ||
         !readableBack(record))
         return false;
     // The table before its attribute rows: rows that name columns of a table
     // that could not be made would describe nothing.
     const TableStatus status = tableStatus(table);
-    if (status == TABLE_STATUS_ERROR || (status == TABLE_NOT_FOUND && !createTable(table, columns)))
+    if (status == TABLE_STATUS_ERROR)
+        return false;
+    std::string columns;
+    if (status == TABLE_NOT_FOUND &&
+        (!Sql::dataColumns(record.names, record.types, columns) || !createTable(table, columns)))
         return false;
     // Registered before anything can fail: the check at commit or rollback
     // then drops a table made here that never got its object.

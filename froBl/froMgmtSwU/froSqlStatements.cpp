@@ -85,11 +85,14 @@ bool froSqlStatements::literal(const char* who, const std::string& name, const s
                                const std::string& value, std::string& out)
 {
     if (sqlText::sqlTypeOf(type) != sqlText::SqlType::Integer) {
-        out = sqlText::quote(value);
+        sqlText::appendQuoted(out, value);
         return true;
     }
-    if (sqlText::integerLiteral(value, type, out))
+    std::string number;
+    if (sqlText::integerLiteral(value, type, number)) {
+        out += number;
         return true;
+    }
     SSC_TRACE(dbGroup(), kError, "ELIB::ElibDbFroDatabase::%s: value of %s is not a number of type %s", who,
               name.c_str(), type.c_str());
     return false;
@@ -114,19 +117,22 @@ bool froSqlStatements::insertObject(const std::string& table, std::int32_t froId
                                     const std::vector<std::string>& names, const std::vector<std::string>& types,
                                     const std::vector<std::string>& values, std::string& statement)
 {
-    std::string columns = "insert into " + table + " (froid, ldn";
-    std::string literals = ") values (" + std::to_string(froId) + ", " + sqlText::quote(ldn);
+    std::string literals = ") values (" + std::to_string(froId) + ", ";
+    sqlText::appendQuoted(literals, ldn);
+    statement = "insert into " + table + " (froid, ldn";
     for (std::size_t i = 0; i < names.size(); ++i) {
         if (isParentRef(names[i]))
             continue;
-        std::string value;
-        if (!checkName("saveFRO", names[i]) || !checkType("saveFRO", names[i], types[i]) ||
-            !literal("saveFRO", names[i], types[i], values[i], value))
+        if (!checkName("saveFRO", names[i]) || !checkType("saveFRO", names[i], types[i]))
             return false;
-        columns += ", " + names[i];
-        literals += ", " + value;
+        literals += ", ";
+        if (!literal("saveFRO", names[i], types[i], values[i], literals))
+            return false;
+        statement += ", ";
+        statement += names[i];
     }
-    statement = columns + literals + ")";
+    statement += literals;
+    statement += ')';
     return true;
 }
 

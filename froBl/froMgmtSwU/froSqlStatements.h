@@ -49,6 +49,7 @@ public:
 private:
     static bool checkName(const char* who, const std::string& name);
     static bool checkType(const char* who, const std::string& name, const std::string& type);
+    // Appends the value as an SQL literal of its type to out.
     static bool literal(const char* who, const std::string& name, const std::string& type,
                         const std::string& value, std::string& out);
 };

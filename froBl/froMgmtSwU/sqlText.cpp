@@ -1,5 +1,6 @@
 #include "froBl/froMgmtSwU/sqlText.h"
 
+#include <algorithm>
 #include <array>
 #include <cctype>
 #include <charconv>
@@ -26,6 +27,8 @@ bool sqlText::isReservedWord(std::string_view name)
         "like",     "limit",      "natural", "not",       "null",     "offset",  "on",      "or",
         "order",    "outer",      "persistent", "primary", "references", "right", "select", "set",
         "table",    "then",       "to",      "union",     "unique",   "update",  "values",  "where"};
+    if (name.size() < 2 || name.size() > 10) // the shortest and the longest word
+        return false;
     for (std::string_view word : words)
         if (equalsNoCase(name, word))
             return true;
@@ -40,15 +43,22 @@ const char* sqlText::sqlTypeName(SqlType type)
 std::string sqlText::quote(std::string_view text)
 {
     std::string out;
-    out.reserve(text.size() + 2);
+    appendQuoted(out, text);
+    return out;
+}
+
+void sqlText::appendQuoted(std::string& out, std::string_view text)
+{
+    out.reserve(out.size() + text.size() + 2);
     out += '\'';
-    for (char c : text) {
-        if (c == '\'')
-            out += '\'';
-        out += c;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t quote = std::min(text.find('\'', at), text.size());
+        out.append(text.substr(at, quote - at));
+        if (quote < text.size())
+            out += "''";
+        at = quote + 1;
     }
     out += '\'';
-    return out;
 }
 
 bool sqlText::integerLiteral(std::string_view value, std::string_view attrType, std::string& literal)
@@ -69,12 +79,14 @@ bool sqlText::integerLiteral(std::string_view value, std::string_view attrType, 
     return true;
 }
 
+// ASCII only, whatever the locale: a column name must mean the same to every
+// database.
 bool sqlText::isIdentifier(std::string_view name)
 {
-    if (name.empty() || name.size() > 64 || std::isdigit(static_cast<unsigned char>(name[0])))
+    if (name.empty() || name.size() > 64 || (name[0] >= '0' && name[0] <= '9'))
         return false;
     for (char c : name)
-        if (!std::isalnum(static_cast<unsigned char>(c)) && c != '_')
+        if (!((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_'))
             return false;
     return true;
 }

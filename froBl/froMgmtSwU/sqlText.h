@@ -22,6 +22,7 @@ public:
 
     // 'text' with every ' doubled.
     static std::string quote(std::string_view text);
+    static void appendQuoted(std::string& out, std::string_view text);
     // The literal of an integer attribute of type attrType (S32 or U32), or
     // false for anything that is not such a number. An empty value, the
     // default of some attributes, is stored as 0.
