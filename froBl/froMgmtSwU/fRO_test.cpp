@@ -276,6 +276,30 @@ TEST_F(froMgrTest, FindsChildrenAndAncestorsOfAType)
     EXPECT_EQ(m_table.getAllLdns(list), 0);
 }
 
+TEST_F(froMgrTest, AnObjectIsFoundByItsIdUntilItIsDeletedOrCleared)
+{
+    std::vector<std::pair<std::int32_t, std::string>> made;
+    for (const char* ldn : {"Cabinet=1", "Cabinet=1,FanGroup=1", "Cabinet=2", "Cabinet=1,FanGroup=1,HwUnit=1"}) {
+        const fRO* object = m_table.createMO(ldn, 0x7040000 + static_cast<std::uint32_t>(Ldn::depth(ldn)), -1);
+        ASSERT_NE(object, nullptr);
+        made.emplace_back(object->getInternalId(), ldn);
+    }
+    for (const auto& [id, ldn] : made)
+        EXPECT_EQ(m_table.getLdn(id), ldn);
+
+    ASSERT_TRUE(m_table.deleteMO("Cabinet=2"));
+    EXPECT_EQ(m_table.getLdn(made[2].first), "");
+    EXPECT_EQ(m_table.getLdn(made[1].first), "Cabinet=1,FanGroup=1");
+    // A new object may be given the freed id and is found by it.
+    const fRO* again = m_table.createMO("Cabinet=3", 0x7040001, -1);
+    ASSERT_NE(again, nullptr);
+    EXPECT_EQ(m_table.getLdn(again->getInternalId()), "Cabinet=3");
+
+    m_table.clear();
+    for (const auto& [id, ldn] : made)
+        EXPECT_EQ(m_table.getLdn(id), "") << ldn;
+}
+
 TEST(LdnTest, DerivesEverythingFromTheText)
 {
     const std::string ldn = "Cabinet=1,HwUnit=PSU 3";

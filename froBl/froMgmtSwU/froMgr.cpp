@@ -32,6 +32,7 @@ fRO* froMgr::createMO(const std::string& ldn, std::uint32_t froType, std::int32_
     }
     fRO* created = object.get();
     m_objects.emplace(ldn, std::move(object));
+    m_ldnsById.emplace(created->getInternalId(), ldn);
     created->connectStates(*this);
     SSC_TRACE(froGroup(), kFlow, "fRO %s created", ldn.c_str());
     setChanged(Created);
@@ -47,6 +48,7 @@ bool froMgr::deleteMO(const std::string& ldn)
         return false;
     }
     it->second->clearListeners();
+    m_ldnsById.erase({it->second->getInternalId(), ldn});
     m_factory.deleteFro(std::move(it->second));
     m_objects.erase(it);
     SSC_TRACE(froGroup(), kFlow, "fRO %s deleted", ldn.c_str());
@@ -93,10 +95,8 @@ bool froMgr::exists(const std::string& ldn) const
 
 std::string froMgr::getLdn(std::int32_t internalId) const
 {
-    for (const auto& [ldn, object] : m_objects)
-        if (object->getInternalId() == internalId)
-            return ldn;
-    return {};
+    const auto found = m_ldnsById.lower_bound({internalId, std::string()});
+    return found != m_ldnsById.end() && found->first == internalId ? found->second : std::string();
 }
 
 int froMgr::getAllLdns(std::vector<std::string>& list) const
@@ -167,6 +167,7 @@ void froMgr::clear()
     while (!m_objects.empty()) {
         auto last = std::prev(m_objects.end());
         SSC_TRACE(froGroup(), kFlow, "Clearing fRO with ldn = %s", last->first.c_str());
+        m_ldnsById.erase({last->second->getInternalId(), last->first});
         m_factory.deleteFro(std::move(last->second));
         m_objects.erase(last);
     }

@@ -7,7 +7,9 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 class froMgr : public listener::Subject {
@@ -40,4 +42,8 @@ public:
 private:
     fROFactory& m_factory;
     std::map<std::string, std::unique_ptr<fRO>> m_objects;
+    // The same objects by id, for getLdn without a walk of the table. The id
+    // of an object in the table never changes (only shadows are given new
+    // ids); an id entered twice finds the first of its names, as a walk would.
+    std::set<std::pair<std::int32_t, std::string>> m_ldnsById;
 };
