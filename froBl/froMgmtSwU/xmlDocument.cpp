@@ -22,7 +22,8 @@ std::size_t xmlDocument::Element::attributeCount() const
 
 std::pair<std::string_view, std::string_view> xmlDocument::Element::attributeAt(std::size_t i) const
 {
-    const auto& [name, value] = m_pDocument->m_attributes[static_cast<std::size_t>(m_pDocument->node(m_index).firstAttribute) + i];
+    const std::size_t first = static_cast<std::size_t>(m_pDocument->node(m_index).firstAttribute);
+    const auto& [name, value] = m_pDocument->m_attributes[first + i];
     return {m_pDocument->text(name), m_pDocument->text(value)};
 }
 

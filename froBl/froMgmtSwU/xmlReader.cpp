@@ -217,8 +217,10 @@ xmlReader::Result xmlReader::read(const std::string& text, xmlDocument& document
         alone = true;
         return Result::Read;
     }
-    if (!xmlGuard::check(text))
+    if (!xmlGuard::check(text)) {
+        document.clear(); // nothing half-read is left behind
         return Result::Failed;
+    }
     return readFull(text, document, alone);
 }
 

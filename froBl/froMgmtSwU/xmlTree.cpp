@@ -21,12 +21,12 @@ bool toInt64(const std::string& text, std::int64_t& out)
 
 } // namespace
 
-bool xmlTree::isPrimitive(const std::string& type)
+bool xmlTree::isPrimitive(std::string_view type)
 {
     return type == "U32" || type == "S32" || type == "STRING";
 }
 
-bool xmlTree::isDerived(const std::string& type)
+bool xmlTree::isDerived(std::string_view type)
 {
     return type == "array" || type == "struct" || type == "moref";
 }
@@ -72,7 +72,7 @@ void xmlTree::buildFrom(const xmlDocument::Element& element)
     const std::optional<std::string_view> name = element.attribute("name");
     m_name = name ? xmlEscape::encode(*name) : std::string();
     const std::optional<std::string_view> type = element.attribute("type");
-    if (m_tag == "attr" && type && isPrimitive(std::string(*type))) {
+    if (m_tag == "attr" && type && isPrimitive(*type)) {
         m_type = *type;
         const std::optional<std::string_view> value = element.attribute("value");
         if (!value) {

@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 class xmlTree {
@@ -43,8 +44,8 @@ public:
     bool addArray(const std::string& name, const Path& path = {});
     bool addArrayS32(std::int32_t value, const Path& path = {});
 
-    static bool isPrimitive(const std::string& type);
-    static bool isDerived(const std::string& type);
+    static bool isPrimitive(std::string_view type);
+    static bool isDerived(std::string_view type);
 
 private:
     void buildFrom(const xmlDocument::Element& element);
