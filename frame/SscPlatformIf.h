@@ -7,6 +7,7 @@
 #include "frame/OsHandler.h"
 #include "frame/SignalDispatcherIf.h"
 #include "frame/TimerHandler.h"
+#include "hwu/PpCommunicationHandler.h"
 
 #include <memory>
 
@@ -16,4 +17,5 @@ public:
     virtual std::unique_ptr<OsHandler> createOsHandler() = 0;
     virtual std::unique_ptr<TimerHandler> createTimerHandler(SignalDispatcherIf* dispatcher) = 0;
     virtual std::unique_ptr<HuntHandler> createHuntHandler() = 0;
+    virtual std::unique_ptr<PpCommunicationHandler> createPpHandler(SignalDispatcherIf* dispatcher) = 0;
 };

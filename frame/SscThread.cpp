@@ -5,6 +5,7 @@
 #include "frame/Ssc.h"
 #include "frame/SscTrace.h"
 #include "frame/TimerService.h"
+#include "hwu/PpCommunicationService.h"
 
 using namespace ssc_trace;
 
@@ -15,6 +16,7 @@ namespace {
 struct CoreServicesReset {
     ~CoreServicesReset()
     {
+        PpCommunicationService::setHandler(nullptr);
         TimerService::setHandler(nullptr);
         HuntService::setHandler(nullptr);
         OsService::setHandler(nullptr);
@@ -30,6 +32,7 @@ void sscThreadMain(SscPlatformIf& platform)
     std::unique_ptr<OsHandler> osHandler;
     std::unique_ptr<TimerHandler> timerHandler;
     std::unique_ptr<HuntHandler> huntHandler;
+    std::unique_ptr<PpCommunicationHandler> ppHandler;
     CoreServicesReset servicesReset;
 
     SSC_TRACE(swuGroup(), kFlow, "Starting SSC_THREAD");
@@ -47,8 +50,10 @@ void sscThreadMain(SscPlatformIf& platform)
     huntHandler = platform.createHuntHandler();
     HuntService::setHandler(huntHandler.get());
 
-    // Here: the PP communication handler with the dispatcher, given to its
-    // service; then the EC bus link handler with the dispatcher, given to its
+    ppHandler = platform.createPpHandler(ssc.getDispatcher());
+    PpCommunicationService::setHandler(ppHandler.get());
+
+    // Here: the EC bus link handler with the dispatcher, given to its
     // service, which registers its signals and sets the link up.
 
     // Here: EquipmentCtrlManager with ssc.

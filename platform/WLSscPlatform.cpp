@@ -1,5 +1,6 @@
 #include "platform/WLSscPlatform.h"
 
+#include "hwu/WLPpCommunicationHandler.h"
 #include "platform/WLHuntHandler.h"
 #include "platform/WLOsHandler.h"
 #include "platform/WLTimerHandler.h"
@@ -12,3 +13,8 @@ std::unique_ptr<TimerHandler> WLSscPlatform::createTimerHandler(SignalDispatcher
 }
 
 std::unique_ptr<HuntHandler> WLSscPlatform::createHuntHandler() { return std::make_unique<WLHuntHandler>(); }
+
+std::unique_ptr<PpCommunicationHandler> WLSscPlatform::createPpHandler(SignalDispatcherIf* dispatcher)
+{
+    return std::make_unique<WLPpCommunicationHandler>(dispatcher);
+}

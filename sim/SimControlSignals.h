@@ -1,0 +1,77 @@
+#pragma once
+// Signals that control the simulated bus from outside: set and read a
+// unit's values, and make it misbehave. They go to the process that plays
+// "A4ciServer" and are answered to their sender. Layouts are big-endian;
+// see docs/gateway-protocol.md.
+
+#include "ose/Signal.h"
+
+namespace simctl {
+
+inline constexpr ose::SIGSELECT SIM_SET_VALUE_REQ = 0x1707001;
+inline constexpr ose::SIGSELECT SIM_SET_VALUE_CFM = 0x1707002;
+inline constexpr ose::SIGSELECT SIM_SET_VALUE_REJ = 0x1707003;
+inline constexpr ose::SIGSELECT SIM_GET_VALUE_REQ = 0x1707004;
+inline constexpr ose::SIGSELECT SIM_GET_VALUE_CFM = 0x1707005;
+inline constexpr ose::SIGSELECT SIM_GET_VALUE_REJ = 0x1707006;
+inline constexpr ose::SIGSELECT SIM_FAULT_REQ = 0x1707007;
+inline constexpr ose::SIGSELECT SIM_FAULT_CFM = 0x1707008;
+inline constexpr ose::SIGSELECT SIM_FAULT_REJ = 0x1707009;
+
+inline constexpr std::size_t kNameSize = 40;
+inline constexpr std::size_t kReasonSize = 80;
+
+// SIM_SET_VALUE_REQ and SIM_GET_VALUE_REQ (value not read). The name is
+// NUL-terminated within its field.
+struct SIM_VALUE_REQ_S {
+    ose::be_u32 sigNo;
+    ose::be_u16 port;
+    ose::be_u8 address;
+    ose::be_u8 unused;
+    ose::be_i32 value;
+    char name[kNameSize];
+};
+OSE_SIGNAL_LAYOUT(SIM_VALUE_REQ_S, 52);
+
+// SIM_SET_VALUE_CFM, SIM_GET_VALUE_CFM, SIM_FAULT_CFM: the value now held
+// (0 for a fault).
+struct SIM_VALUE_CFM_S {
+    ose::be_u32 sigNo;
+    ose::be_i32 value;
+};
+OSE_SIGNAL_LAYOUT(SIM_VALUE_CFM_S, 8);
+
+// Every REJ: why, as NUL-terminated text.
+struct SIM_REJ_S {
+    ose::be_u32 sigNo;
+    char reason[kReasonSize];
+};
+OSE_SIGNAL_LAYOUT(SIM_REJ_S, 84);
+
+enum class FaultKind : std::uint16_t {
+    Clear = 0,       // every fault of the unit off
+    Silent = 1,      // the unit does not answer; the server rejects with a time-out
+    Late = 2,        // answers come `value` ms late
+    Empty = 3,       // answers of length 0
+    A4ciReject = 4,  // A4CI_DATA_REJ with error code `value`
+    PpReject = 5,    // PP reject with cause byte `value`
+    NoAnswer = 6,    // the server answers nothing at all
+    StartFlag = 7,   // the start flag comes on
+    Replace = 8,     // another unit: serial number "SIM" and `value` in 8 digits, then a restart
+    Restart = 9,     // the unit restarts: deaf for its boot time, then the start flag
+};
+
+// `count`: how many requests the fault affects, 0 for all until cleared.
+struct SIM_FAULT_REQ_S {
+    ose::be_u32 sigNo;
+    ose::be_u16 port;
+    ose::be_u8 address;
+    ose::be_u8 unused;
+    ose::be_u16 kind;
+    ose::be_u16 unused2;
+    ose::be_u32 count;
+    ose::be_i32 value;
+};
+OSE_SIGNAL_LAYOUT(SIM_FAULT_REQ_S, 20);
+
+} // namespace simctl

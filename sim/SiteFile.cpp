@@ -1,0 +1,155 @@
+#include "sim/SiteFile.h"
+
+#include "hwu/PpMessages.h"
+#include "sim/SimScu.h"
+
+#include <tinyxml.h>
+
+#include <charconv>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+
+namespace sim {
+
+namespace {
+
+// Why a site was refused, with the line of the element at fault.
+struct SiteError {
+    int line;
+    std::string reason;
+};
+
+// A whole number in decimal, or in hex after "0x"; nothing else.
+bool parseNumber(const char* text, std::int64_t& value)
+{
+    if (text == nullptr || *text == '\0') return false;
+    const char* end = text + std::strlen(text);
+    int base = 10;
+    const char* start = text;
+    bool negative = false;
+    if (*start == '-') {
+        negative = true;
+        ++start;
+    }
+    if (end - start > 2 && start[0] == '0' && (start[1] == 'x' || start[1] == 'X')) {
+        base = 16;
+        start += 2;
+    }
+    std::uint64_t magnitude = 0;
+    const auto result = std::from_chars(start, end, magnitude, base);
+    if (result.ec != std::errc() || result.ptr != end || magnitude > 0xFFFFFFFFull) return false;
+    value = negative ? -static_cast<std::int64_t>(magnitude) : static_cast<std::int64_t>(magnitude);
+    return true;
+}
+
+std::int64_t numberAttribute(const TiXmlElement& element, const char* name, std::int64_t low, std::int64_t high)
+{
+    const char* text = element.Attribute(name);
+    if (text == nullptr) throw SiteError{element.Row(), std::string("<") + element.Value() + "> needs " + name};
+    std::int64_t value = 0;
+    if (!parseNumber(text, value) || value < low || value > high)
+        throw SiteError{element.Row(), std::string(name) + "=\"" + text + "\" is not a number from " +
+                                           std::to_string(low) + " to " + std::to_string(high)};
+    return value;
+}
+
+void readText(const TiXmlElement& element, const char* name, std::size_t size, std::string& field)
+{
+    const char* text = element.Attribute(name);
+    if (text == nullptr) return;
+    if (std::strlen(text) > size)
+        throw SiteError{element.Row(), std::string(name) + " is longer than " + std::to_string(size) + " characters"};
+    field = text;
+}
+
+void readProduct(const TiXmlElement& element, ProductStrings& product)
+{
+    readText(element, "number", pp::kProductNumberSize, product.productNumber);
+    readText(element, "revision", pp::kRevStateSize, product.revState);
+    readText(element, "name", pp::kProductNameSize, product.productName);
+    readText(element, "date", pp::kProductionDateSize, product.productionDate);
+    readText(element, "serial", pp::kSerialNumberSize, product.serialNumber);
+}
+
+void readValue(const TiXmlElement& element, SimUnit& unit)
+{
+    const char* name = element.Attribute("name");
+    if (name == nullptr) throw SiteError{element.Row(), "<value> needs name"};
+    const auto value = numberAttribute(element, "value", INT32_MIN, INT32_MAX);
+    if (!unit.set(name, static_cast<std::int32_t>(value)))
+        throw SiteError{element.Row(), std::string("a ") + unitTypeName(unit.type()) + " has no value named " + name};
+}
+
+void readUnit(const TiXmlElement& element, SimCabinet& cabinet)
+{
+    const char* typeName = element.Attribute("type");
+    const auto type = typeName != nullptr ? unitTypeFromName(typeName) : std::nullopt;
+    if (!type) throw SiteError{element.Row(), "<unit> needs type, one of SCU, SAU, CLU, PSU, BFU, PDU"};
+    const auto port = static_cast<std::uint16_t>(numberAttribute(element, "port", 1, 2));
+    const auto address = static_cast<std::uint8_t>(numberAttribute(element, "address", 0, 255));
+    SimUnit* unit = cabinet.addUnit(*type, port, address);
+    if (unit == nullptr)
+        throw SiteError{element.Row(), "port " + std::to_string(port) + " address " + std::to_string(address) +
+                                           " has a unit already"};
+    if (element.Attribute("bootMs") != nullptr)
+        unit->setBootMs(static_cast<std::uint32_t>(numberAttribute(element, "bootMs", 0, 600000)));
+    if (element.Attribute("startFlag") != nullptr) unit->setStartFlag(numberAttribute(element, "startFlag", 0, 1) != 0);
+    for (const TiXmlElement* child = element.FirstChildElement(); child; child = child->NextSiblingElement()) {
+        const std::string tag = child->Value();
+        if (tag == "product") readProduct(*child, unit->product());
+        else if (tag == "cabinet" && *type == UnitType::SCU) readProduct(*child, static_cast<SimScu*>(unit)->cabinet());
+        else if (tag == "value") readValue(*child, *unit);
+        else throw SiteError{child->Row(), "<" + tag + "> does not belong in a " + unitTypeName(*type)};
+    }
+}
+
+void readSite(const TiXmlElement& root, SimCabinet& cabinet)
+{
+    if (std::string(root.Value()) != "site") throw SiteError{root.Row(), "the root element must be <site>"};
+    for (const TiXmlElement* child = root.FirstChildElement(); child; child = child->NextSiblingElement()) {
+        const std::string tag = child->Value();
+        if (tag == "unit") readUnit(*child, cabinet);
+        else if (tag == "bus")
+            cabinet.busTimeoutMs = static_cast<std::uint32_t>(numberAttribute(*child, "timeoutMs", 0, 60000));
+        else throw SiteError{child->Row(), "<" + tag + "> does not belong in <site>"};
+    }
+}
+
+} // namespace
+
+bool SiteFile::parse(const std::string& text, const std::string& name, SimCabinet& cabinet, std::string& error)
+{
+    TiXmlDocument document;
+    document.Parse(text.c_str());
+    if (document.Error()) {
+        error = name + ":" + std::to_string(document.ErrorRow()) + ": " + document.ErrorDesc();
+        return false;
+    }
+    if (document.RootElement() == nullptr) {
+        error = name + ":1: no <site> element";
+        return false;
+    }
+    try {
+        readSite(*document.RootElement(), cabinet);
+    } catch (const SiteError& refused) {
+        error = name + ":" + std::to_string(refused.line) + ": " + refused.reason;
+        for (SimUnit* unit : cabinet.units()) cabinet.removeUnit(unit->port(), unit->address());
+        return false;
+    }
+    return true;
+}
+
+bool SiteFile::load(const std::string& path, SimCabinet& cabinet, std::string& error)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        error = path + ": cannot be read";
+        return false;
+    }
+    std::ostringstream text;
+    text << file.rdbuf();
+    return parse(text.str(), path, cabinet, error);
+}
+
+} // namespace sim
