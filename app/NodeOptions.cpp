@@ -18,6 +18,10 @@ const char* nodeUsage()
            "  --calendar-start T    calendar at the start of a virtual clock, YYYY-MM-DD[THH:MM] UTC\n"
            "  --trace CONFIG        trace groups and levels, e.g. '*:1,demo:7' (default: $SSC_TRACE)\n"
            "  --trace-file PATH     write the trace to PATH instead of stderr\n"
+           "  --hold-clock          with a virtual clock: time stands still until a gateway client\n"
+           "                        that holds time connects (for test harnesses)\n"
+           "  --site FILE           run the simulated cabinet of that site file as the bus server\n"
+           "                        \"A4ciServer\"; without it an outside program may be the bus\n"
            "  --demo                start the kernel demonstration processes (echo, pinger, ticker)\n"
            "  --run-for MS          stop after MS of world time\n"
            "  --help                this text\n"
@@ -53,12 +57,14 @@ bool parseNodeOptions(const std::vector<std::string>& args, NodeOptions& options
         if (arg == "--help" || arg == "-h") options.help = true;
         else if (arg == "--version") options.version = true;
         else if (arg == "--demo") options.demo = true;
+        else if (arg == "--hold-clock") options.holdClock = true;
         else if (arg == "--data-dir") { if (!value(options.dataDir)) return false; }
         else if (arg == "--socket") { if (!value(options.socketPath)) return false; }
         else if (arg == "--node") { if (!value(options.nodeName)) return false; }
         else if (arg == "--trace") { if (!value(options.trace)) return false; }
         else if (arg == "--trace-file") { if (!value(options.traceFile)) return false; }
         else if (arg == "--odbc") { if (!value(options.odbc)) return false; }
+        else if (arg == "--site") { if (!value(options.site)) return false; }
         else if (arg == "--clock") {
             if (!value(text) || !ose::ClockConfig::parseMode(text, options.clock, &error)) return false;
         } else if (arg == "--calendar-start") {
@@ -78,6 +84,10 @@ bool parseNodeOptions(const std::vector<std::string>& args, NodeOptions& options
     }
     if (options.nodeName.empty() || options.dataDir.empty()) {
         error = "the node name and the data directory must not be empty";
+        return false;
+    }
+    if (options.holdClock && options.clock.mode != ose::ClockMode::Virtual) {
+        error = "--hold-clock needs --clock virtual: only virtual time can stand still";
         return false;
     }
     if (options.socketPath.empty()) options.socketPath = options.dataDir + "/ssc.sock";

@@ -18,6 +18,8 @@ struct NodeOptions {
     std::string trace;          // empty: $SSC_TRACE
     std::string traceFile;
     std::string odbc;           // ODBC connection string; empty: a SQLite file in dataDir
+    std::string site;           // a simulated cabinet's site file; empty: no simulated bus
+    bool holdClock = false;     // virtual clock: stand still until a time-holding client connects
     bool demo = false;
     std::optional<std::uint64_t> runForMs;
     bool help = false;

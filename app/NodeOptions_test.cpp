@@ -14,6 +14,10 @@ TEST(NodeOptionsTest, DefaultsPutTheSocketInTheDataDirectory)
     EXPECT_EQ(options.clock.mode, ose::ClockMode::Paced);
     EXPECT_TRUE(options.demo);
     EXPECT_EQ(options.clock.calendarStartMs, ose::ClockConfig{}.calendarStartMs);
+    EXPECT_TRUE(options.site.empty());
+    ASSERT_TRUE(parseNodeOptions({"--clock", "virtual", "--hold-clock", "--site", "cab.xml"}, options, error));
+    EXPECT_TRUE(options.holdClock);
+    EXPECT_EQ(options.site, "cab.xml");
 }
 
 TEST(NodeOptionsTest, MistakesAreNamedInPlainWords)
@@ -27,7 +31,9 @@ TEST(NodeOptionsTest, MistakesAreNamedInPlainWords)
                           Case{{"--run-for", "soon"}, "--run-for needs a number"},
                           Case{{"--frobnicate"}, "unknown option '--frobnicate'"},
                           Case{{"--calendar-start", "yesterday"}, "YYYY-MM-DD"},
-                          Case{{"--node", ""}, "must not be empty"}}) {
+                          Case{{"--node", ""}, "must not be empty"},
+                          Case{{"--hold-clock"}, "--hold-clock needs --clock virtual"},
+                          Case{{"--site"}, "--site needs a value"}}) {
         NodeOptions options;
         std::string error;
         EXPECT_FALSE(parseNodeOptions(c.args, options, error)) << c.args[0];

@@ -8,6 +8,8 @@
 #include "ose/World.h"
 #include "platform/LoadModule.h"
 #include "platform/VantoDb.h"
+#include "sim/A4ciSimServer.h"
+#include "sim/SiteFile.h"
 #include "vanto/VantoTransactionServer.h"
 
 #include <csignal>
@@ -110,6 +112,14 @@ int main(int argc, char** argv)
         return 3;
     }
 
+    // The simulated cabinet is read before anything starts: a bad site
+    // file stops the node with the file, line and reason.
+    sim::SimCabinet cabinet;
+    if (!options.site.empty() && !sim::SiteFile::load(options.site, cabinet, error)) {
+        std::fprintf(stderr, "ssc-node: site file refused: %s\n", error.c_str());
+        return 2;
+    }
+
     ose::World world(options.clock);
     ose::Node& node = world.addNode(options.nodeName);
     ose::Gateway gateway(world, node, options.socketPath);
@@ -117,11 +127,13 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "ssc-node: %s\n", error.c_str());
         return 3;
     }
+    if (options.holdClock) gateway.holdTimeForFirstHolder();
     // The node platform's servers first, then the load module's processes.
     VantoDbConfig database;
     database.connectionString =
         options.odbc.empty() ? VantoDb_defaultConnectionString(options.dataDir) : options.odbc;
     createTransactionServer(world, node, database);
+    if (!options.site.empty()) sim::A4ciSimServer::start(world, node, cabinet);
     createCoreProcess(world, node);
     if (options.demo) demo::startDemoProcesses(world, node);
     {

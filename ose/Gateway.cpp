@@ -127,6 +127,12 @@ void Gateway::reapClosed()
     }
 }
 
+void Gateway::holdTimeForFirstHolder()
+{
+    m_waitForHolder = true;
+    updateTimeCeiling();
+}
+
 // Virtual time may go as far as the slowest client that steps it allows.
 void Gateway::updateTimeCeiling()
 {
@@ -135,6 +141,8 @@ void Gateway::updateTimeCeiling()
         if (connection->isClosed() || !connection->holdsTime()) continue;
         ceiling = ceiling ? std::min(*ceiling, connection->allowance()) : connection->allowance();
     }
+    if (ceiling) m_waitForHolder = false;
+    else if (m_waitForHolder) ceiling = m_world.now();
     m_world.setTimeCeiling(ceiling);
 }
 

@@ -39,6 +39,11 @@ public:
     // A signal was queued for a client's process; the client may be gone.
     void dispatchSignal(Process& process);
 
+    // On a virtual clock: time stands still from now until the first client
+    // that holds time connects, so that a test harness misses nothing of
+    // the start.
+    void holdTimeForFirstHolder();
+
     // Called by connections.
     void connectionClosed(GatewayConnection& connection);
     void updateTimeCeiling();
@@ -52,6 +57,7 @@ private:
     std::string m_socketPath;
     int m_listenFd = -1;
     std::uint32_t m_nextSerial = 1;
+    bool m_waitForHolder = false;
     std::map<int, std::unique_ptr<GatewayConnection>> m_connections;
 };
 

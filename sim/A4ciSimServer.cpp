@@ -27,23 +27,35 @@ OSE_SIGNAL_LAYOUT(DELIVER_LATER_S, 8);
 
 std::uint32_t key(std::uint16_t port, std::uint8_t address) { return (std::uint32_t{port} << 8) | address; }
 
-ose::Signal* dataReject(std::uint16_t code)
+// A received signal's bytes seen as its layout; NIL when too short.
+template <typename T>
+const T* view(const std::string& signal)
 {
-    auto* rej = ose::alloc_as<a4ci::A4CI_DATA_REJ_S>(a4ci::A4CI_DATA_REJ);
-    rej->errorCode = code;
-    return reinterpret_cast<ose::Signal*>(rej);
+    return signal.size() >= sizeof(T) ? reinterpret_cast<const T*>(signal.data()) : nullptr;
 }
 
-ose::Signal* dataConfirm(std::uint16_t port, std::uint8_t address, const std::string& frame)
+template <typename T>
+std::string bytesOf(const T& layout)
 {
-    const auto size = static_cast<ose::OSBUFSIZE>(a4ci::kDataCfmHeadSize + frame.size());
-    ose::Signal* signal = ose::alloc(size, a4ci::A4CI_DATA_CFM);
-    auto* cfm = reinterpret_cast<a4ci::A4CI_DATA_CFM_S*>(signal);
-    cfm->port = port;
-    cfm->address = address;
-    cfm->length = static_cast<std::uint16_t>(frame.size());
-    std::memcpy(reinterpret_cast<char*>(signal) + a4ci::kDataCfmHeadSize, frame.data(), frame.size());
-    return signal;
+    return std::string(reinterpret_cast<const char*>(&layout), sizeof layout);
+}
+
+std::string dataReject(std::uint16_t code)
+{
+    a4ci::A4CI_DATA_REJ_S rej{};
+    rej.sigNo = a4ci::A4CI_DATA_REJ;
+    rej.errorCode = code;
+    return bytesOf(rej);
+}
+
+std::string dataConfirm(std::uint16_t port, std::uint8_t address, const std::string& frame)
+{
+    a4ci::A4CI_DATA_CFM_S head{};
+    head.sigNo = a4ci::A4CI_DATA_CFM;
+    head.port = port;
+    head.address = address;
+    head.length = static_cast<std::uint16_t>(frame.size());
+    return bytesOf(head) + frame;
 }
 
 std::string nameOf(const simctl::SIM_VALUE_REQ_S& request)
@@ -75,50 +87,62 @@ void A4ciSimServer::run()
 {
     for (;;) {
         ose::Signal* signal = ose::receive(ose::kAnySignal);
-        dispatch(signal);
-        if (signal != nullptr) ose::free_buf(&signal);
+        if (ose::signalNumber(signal) == kDeliverLater) {
+            deliverDue(signal);
+        } else {
+            const std::string bytes(reinterpret_cast<const char*>(signal), ose::sigsize(&signal));
+            sendFromProcess(handle(bytes, ose::sender(&signal), ose::get_time_ms()));
+        }
+        ose::free_buf(&signal);
     }
 }
 
-void A4ciSimServer::dispatch(ose::Signal* signal)
+std::vector<A4ciSimServer::Outgoing> A4ciSimServer::handle(const std::string& signal, ose::PROCESS from,
+                                                           std::uint64_t nowMs)
 {
-    switch (ose::signalNumber(signal)) {
+    m_client = from;
+    m_nowMs = nowMs;
+    m_outgoing.clear();
+    const ose::SIGSELECT sigNo = signal.size() >= 4 ? ose::loadBe32(signal.data()) : 0;
+    switch (sigNo) {
     case a4ci::A4CI_CONN_ESTABLISH_REQ: handleConnect(signal); break;
     case a4ci::A4CI_DATA_REQ: handleData(signal, false); break;
     case a4ci::A4CI_DATA_FWD: handleData(signal, true); break;
     case simctl::SIM_SET_VALUE_REQ: handleValue(signal, true); break;
     case simctl::SIM_GET_VALUE_REQ: handleValue(signal, false); break;
     case simctl::SIM_FAULT_REQ: handleFault(signal); break;
-    case kDeliverLater: deliverDue(signal); break;
-    default:
-        SSC_TRACE(simGroup(), 5, "A4ciServer: signal 0x%x ignored", static_cast<unsigned>(ose::signalNumber(signal)));
-        break;
+    default: SSC_TRACE(simGroup(), 5, "A4ciServer: signal 0x%x ignored", static_cast<unsigned>(sigNo)); break;
     }
+    return std::move(m_outgoing);
 }
 
-void A4ciSimServer::handleConnect(ose::Signal* signal)
+void A4ciSimServer::reply(std::string bytes, std::uint32_t delayMs)
 {
-    const auto* request = ose::signal_cast<a4ci::A4CI_CONN_ESTABLISH_REQ_S>(signal);
+    m_outgoing.push_back({std::move(bytes), m_client, delayMs});
+}
+
+void A4ciSimServer::handleConnect(const std::string& signal)
+{
+    const auto* request = view<a4ci::A4CI_CONN_ESTABLISH_REQ_S>(signal);
     const bool accept = request != nullptr && request->protocolVersion == a4ci::kProtocolVersion &&
                         !m_cabinet.refuseConnections;
-    ose::Signal* answer = ose::alloc(sizeof(a4ci::A4CI_CONN_ESTABLISH_CFM_S),
-                                     accept ? a4ci::A4CI_CONN_ESTABLISH_CFM : a4ci::A4CI_CONN_ESTABLISH_REJ);
-    reinterpret_cast<a4ci::A4CI_CONN_ESTABLISH_CFM_S*>(answer)->protocolVersion = a4ci::kProtocolVersion;
+    a4ci::A4CI_CONN_ESTABLISH_CFM_S answer{};
+    answer.sigNo = accept ? a4ci::A4CI_CONN_ESTABLISH_CFM : a4ci::A4CI_CONN_ESTABLISH_REJ;
+    answer.protocolVersion = a4ci::kProtocolVersion;
     if (accept) ++m_cabinet.connections;
-    ose::send(&answer, ose::sender(&signal));
+    reply(bytesOf(answer));
 }
 
-void A4ciSimServer::handleData(ose::Signal* signal, bool forward)
+void A4ciSimServer::handleData(const std::string& signal, bool forward)
 {
-    const ose::PROCESS client = ose::sender(&signal);
-    const auto* request = ose::signal_cast<a4ci::A4CI_DATA_REQ_S>(signal);
+    const auto* request = view<a4ci::A4CI_DATA_REQ_S>(signal);
     if (request == nullptr || request->length > pp::BCP_A4CI_MAX_DATA_SIZE) {
         SSC_TRACE(simGroup(), 5, "A4ciServer: malformed data request refused");
-        if (!forward) deliver(dataReject(a4ci::BCP_A4CI_UNEXPECTED_PARAMETER_VALUE), client, 0);
+        if (!forward) reply(dataReject(a4ci::BCP_A4CI_UNEXPECTED_PARAMETER_VALUE));
         return;
     }
     BusLogEntry entry;
-    entry.timeMs = m_cabinet.now();
+    entry.timeMs = m_nowMs;
     entry.port = request->port;
     entry.address = request->address;
     entry.request.assign(reinterpret_cast<const char*>(request->data), request->length);
@@ -127,19 +151,19 @@ void A4ciSimServer::handleData(ose::Signal* signal, bool forward)
         if (unit != nullptr) unit->answer(entry.request, entry.timeMs);
         entry.outcome = BusLogEntry::Outcome::Forwarded;
     } else {
-        answerRequest(client, entry.port, entry.address, entry.request, entry);
+        answerRequest(entry.port, entry.address, entry.request, entry);
     }
     m_cabinet.log(std::move(entry));
 }
 
-void A4ciSimServer::answerRequest(ose::PROCESS client, std::uint16_t port, std::uint8_t address,
-                                  const std::string& request, BusLogEntry& entry)
+void A4ciSimServer::answerRequest(std::uint16_t port, std::uint8_t address, const std::string& request,
+                                  BusLogEntry& entry)
 {
     SimUnit* unit = m_cabinet.unit(port, address);
     if (unit == nullptr) { // nothing on that address: the bus times out at once
         entry.outcome = BusLogEntry::Outcome::Rejected;
         entry.rejectCode = a4ci::BCP_A4CI_TIME_OUT;
-        deliver(dataReject(a4ci::BCP_A4CI_TIME_OUT), client, 0);
+        reply(dataReject(a4ci::BCP_A4CI_TIME_OUT));
         return;
     }
     // An empty request asks again for the answer to the last one.
@@ -153,38 +177,42 @@ void A4ciSimServer::answerRequest(ose::PROCESS client, std::uint16_t port, std::
     if (faults.a4ciReject.take()) {
         entry.outcome = BusLogEntry::Outcome::Rejected;
         entry.rejectCode = static_cast<std::uint16_t>(faults.a4ciReject.value);
-        deliver(dataReject(entry.rejectCode), client, 0);
+        reply(dataReject(entry.rejectCode));
         return;
     }
     const std::uint32_t delayMs = faults.late.take() ? static_cast<std::uint32_t>(faults.late.value) : 0;
     if (faults.empty.take() || last.empty()) {
         entry.outcome = BusLogEntry::Outcome::Empty;
-        deliver(dataConfirm(port, address, {}), client, delayMs);
+        reply(dataConfirm(port, address, {}), delayMs);
         return;
     }
-    UnitAnswer answer = unit->answer(last, entry.timeMs);
+    UnitAnswer answer = unit->answer(last, m_nowMs);
     if (!answer.answered) {
         entry.outcome = BusLogEntry::Outcome::Rejected;
         entry.rejectCode = a4ci::BCP_A4CI_TIME_OUT;
-        deliver(dataReject(a4ci::BCP_A4CI_TIME_OUT), client, delayMs + m_cabinet.busTimeoutMs);
+        reply(dataReject(a4ci::BCP_A4CI_TIME_OUT), delayMs + m_cabinet.busTimeoutMs);
         return;
     }
     entry.answer = answer.frame;
-    deliver(dataConfirm(port, address, answer.frame), client, delayMs);
+    reply(dataConfirm(port, address, answer.frame), delayMs);
 }
 
-void A4ciSimServer::deliver(ose::Signal* signal, ose::PROCESS to, std::uint32_t delayMs)
+void A4ciSimServer::sendFromProcess(std::vector<Outgoing> outgoing)
 {
-    if (delayMs == 0) {
-        ose::send(&signal, to);
-        return;
+    for (Outgoing& out : outgoing) {
+        ose::Signal* signal = ose::alloc(static_cast<ose::OSBUFSIZE>(out.bytes.size()), 0);
+        std::memcpy(signal, out.bytes.data(), out.bytes.size());
+        if (out.delayMs == 0) {
+            ose::send(&signal, out.to);
+            continue;
+        }
+        const std::uint32_t ref = m_nextPending++;
+        m_pending[ref] = {signal, out.to};
+        auto* marker = ose::alloc_as<DELIVER_LATER_S>(kDeliverLater);
+        marker->ref = ref;
+        ose::Signal* markerSignal = reinterpret_cast<ose::Signal*>(marker);
+        ose::request_tmo(out.delayMs, &markerSignal);
     }
-    const std::uint32_t ref = m_nextPending++;
-    m_pending[ref] = {signal, to};
-    auto* marker = ose::alloc_as<DELIVER_LATER_S>(kDeliverLater);
-    marker->ref = ref;
-    ose::Signal* markerSignal = reinterpret_cast<ose::Signal*>(marker);
-    ose::request_tmo(delayMs, &markerSignal);
 }
 
 void A4ciSimServer::deliverDue(ose::Signal* marker)
@@ -198,40 +226,38 @@ void A4ciSimServer::deliverDue(ose::Signal* marker)
     ose::send(&pending.signal, pending.to);
 }
 
-void A4ciSimServer::reject(ose::PROCESS to, ose::SIGSELECT sigNo, const std::string& reason)
+void A4ciSimServer::reject(ose::SIGSELECT sigNo, const std::string& reason)
 {
-    auto* rej = ose::alloc_as<simctl::SIM_REJ_S>(sigNo);
-    ose::snprintf(rej->reason, sizeof rej->reason, "%s", reason.c_str());
-    ose::Signal* signal = reinterpret_cast<ose::Signal*>(rej);
-    ose::send(&signal, to);
+    simctl::SIM_REJ_S rej{};
+    rej.sigNo = sigNo;
+    ose::snprintf(rej.reason, sizeof rej.reason, "%s", reason.c_str());
+    reply(bytesOf(rej));
 }
 
-void A4ciSimServer::handleValue(ose::Signal* signal, bool set)
+void A4ciSimServer::handleValue(const std::string& signal, bool set)
 {
-    const ose::PROCESS client = ose::sender(&signal);
     const ose::SIGSELECT rejNo = set ? simctl::SIM_SET_VALUE_REJ : simctl::SIM_GET_VALUE_REJ;
-    const auto* request = ose::signal_cast<simctl::SIM_VALUE_REQ_S>(signal);
-    if (request == nullptr) return reject(client, rejNo, "signal too short");
+    const auto* request = view<simctl::SIM_VALUE_REQ_S>(signal);
+    if (request == nullptr) return reject(rejNo, "signal too short");
     SimUnit* unit = m_cabinet.unit(request->port, request->address);
-    if (unit == nullptr) return reject(client, rejNo, "no unit at that port and address");
+    if (unit == nullptr) return reject(rejNo, "no unit at that port and address");
     const std::string name = nameOf(*request);
-    if (set && !unit->set(name, request->value)) return reject(client, rejNo, "no value named " + name);
+    if (set && !unit->set(name, request->value)) return reject(rejNo, "no value named " + name);
     const auto value = unit->get(name);
-    if (!value) return reject(client, rejNo, "no value named " + name);
-    auto* cfm = ose::alloc_as<simctl::SIM_VALUE_CFM_S>(set ? simctl::SIM_SET_VALUE_CFM : simctl::SIM_GET_VALUE_CFM);
-    cfm->value = *value;
-    ose::Signal* answer = reinterpret_cast<ose::Signal*>(cfm);
-    ose::send(&answer, client);
+    if (!value) return reject(rejNo, "no value named " + name);
+    simctl::SIM_VALUE_CFM_S cfm{};
+    cfm.sigNo = set ? simctl::SIM_SET_VALUE_CFM : simctl::SIM_GET_VALUE_CFM;
+    cfm.value = *value;
+    reply(bytesOf(cfm));
 }
 
-void A4ciSimServer::handleFault(ose::Signal* signal)
+void A4ciSimServer::handleFault(const std::string& signal)
 {
     using simctl::FaultKind;
-    const ose::PROCESS client = ose::sender(&signal);
-    const auto* request = ose::signal_cast<simctl::SIM_FAULT_REQ_S>(signal);
-    if (request == nullptr) return reject(client, simctl::SIM_FAULT_REJ, "signal too short");
+    const auto* request = view<simctl::SIM_FAULT_REQ_S>(signal);
+    if (request == nullptr) return reject(simctl::SIM_FAULT_REJ, "signal too short");
     SimUnit* unit = m_cabinet.unit(request->port, request->address);
-    if (unit == nullptr) return reject(client, simctl::SIM_FAULT_REJ, "no unit at that port and address");
+    if (unit == nullptr) return reject(simctl::SIM_FAULT_REJ, "no unit at that port and address");
     UnitFaults& faults = unit->faults();
     const std::uint32_t count = request->count;
     const std::int32_t value = request->value;
@@ -244,13 +270,13 @@ void A4ciSimServer::handleFault(ose::Signal* signal)
     case FaultKind::PpReject: faults.ppReject.arm(count, value); break;
     case FaultKind::NoAnswer: faults.noAnswer.arm(count); break;
     case FaultKind::StartFlag: unit->setStartFlag(true); break;
-    case FaultKind::Replace: unit->replace(ose::format("SIM%08d", value), m_cabinet.now()); break;
-    case FaultKind::Restart: unit->restart(m_cabinet.now()); break;
-    default: return reject(client, simctl::SIM_FAULT_REJ, "unknown fault kind");
+    case FaultKind::Replace: unit->replace(ose::format("SIM%08d", value), m_nowMs); break;
+    case FaultKind::Restart: unit->restart(m_nowMs); break;
+    default: return reject(simctl::SIM_FAULT_REJ, "unknown fault kind");
     }
-    auto* cfm = ose::alloc_as<simctl::SIM_VALUE_CFM_S>(simctl::SIM_FAULT_CFM);
-    ose::Signal* answer = reinterpret_cast<ose::Signal*>(cfm);
-    ose::send(&answer, client);
+    simctl::SIM_VALUE_CFM_S cfm{};
+    cfm.sigNo = simctl::SIM_FAULT_CFM;
+    reply(bytesOf(cfm));
 }
 
 } // namespace sim

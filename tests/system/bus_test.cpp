@@ -1,0 +1,187 @@
+// The EC bus server from outside the node: a test that plays "A4ciServer"
+// itself, the embedded simulator controlled through the gateway, and the
+// simulator as its own program.
+
+#include "hwu/A4ciSignals.h"
+#include "ose/GatewayClient.h"
+#include "sim/SimControlSignals.h"
+#include "tests/system/NodeProcess.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace systemtest {
+namespace {
+
+using namespace std::chrono_literals;
+
+template <typename T>
+std::string bytesOf(const T& layout)
+{
+    return std::string(reinterpret_cast<const char*>(&layout), sizeof layout);
+}
+
+template <typename T>
+T layoutOf(const std::string& bytes)
+{
+    T layout{};
+    std::memcpy(&layout, bytes.data(), std::min(bytes.size(), sizeof layout));
+    return layout;
+}
+
+std::string readFile(const std::string& path)
+{
+    std::ifstream in(path);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+std::string traceFile(const char* name)
+{
+    std::string path = ::testing::TempDir() + name;
+    std::remove(path.c_str());
+    return path;
+}
+
+// Waits for the next signal of that number, skipping others.
+std::optional<ose::GatewayEvent> nextOf(ose::GatewayClient& client, std::uint32_t sigNo)
+{
+    for (int i = 0; i < 20; ++i) {
+        auto event = client.next(10s);
+        if (!event) return std::nullopt;
+        if (event->kind == ose::GatewayEvent::Kind::Signal && event->sigNo() == sigNo) return event;
+    }
+    return std::nullopt;
+}
+
+std::string dataRequest(std::uint8_t address, std::initializer_list<std::uint8_t> frame)
+{
+    a4ci::A4CI_DATA_REQ_S request{};
+    request.sigNo = a4ci::A4CI_DATA_REQ;
+    request.port = 1;
+    request.address = address;
+    request.length = static_cast<std::uint16_t>(frame.size());
+    std::copy(frame.begin(), frame.end(), request.data);
+    return bytesOf(request);
+}
+
+// The answer frame of a data confirm.
+std::string answerFrame(const ose::GatewayEvent& event)
+{
+    const auto head = layoutOf<a4ci::A4CI_DATA_CFM_S>(event.bytes);
+    return event.bytes.substr(a4ci::kDataCfmHeadSize, head.length);
+}
+
+std::string valueRequest(std::uint32_t sigNo, std::uint8_t address, const char* name, std::int32_t value)
+{
+    simctl::SIM_VALUE_REQ_S request{};
+    request.sigNo = sigNo;
+    request.port = 1;
+    request.address = address;
+    request.value = value;
+    std::strncpy(request.name, name, sizeof request.name - 1);
+    return bytesOf(request);
+}
+
+TEST(BusSystemTest, AnOutsideProgramPlaysTheBusServerForTheCore)
+{
+    const std::string trace = traceFile("bus_outside_trace.txt");
+    NodeProcess node({"--clock", "virtual", "--hold-clock", "--trace", "supSysCtrlA4ci:7", "--trace-file", trace});
+    ose::GatewayClient bus;
+    ASSERT_TRUE(bus.connect(node.socketPath(), "bus", true)) << bus.lastError();
+    ASSERT_TRUE(bus.publish(a4ci::kServerName));
+    // The core's hunt from its start finds us; its connection request follows.
+    auto request = nextOf(bus, a4ci::A4CI_CONN_ESTABLISH_REQ);
+    ASSERT_TRUE(request);
+    EXPECT_EQ(layoutOf<a4ci::A4CI_CONN_ESTABLISH_REQ_S>(request->bytes).protocolVersion, 1);
+    a4ci::A4CI_CONN_ESTABLISH_CFM_S confirm{};
+    confirm.sigNo = a4ci::A4CI_CONN_ESTABLISH_CFM;
+    ASSERT_TRUE(bus.sendAcknowledged(request->sender, bytesOf(confirm)));
+    ASSERT_TRUE(bus.advanceBy(2000));
+    EXPECT_EQ(node.stop(), 0);
+    const std::string text = readFile(trace);
+    EXPECT_NE(text.find("Hunt response received from A4ciServer"), std::string::npos) << text;
+    EXPECT_NE(text.find("Connection established with A4ciServer"), std::string::npos) << text;
+}
+
+TEST(BusSystemTest, TheEmbeddedSimulatorAnswersAndIsControlledThroughTheGateway)
+{
+    const std::string trace = traceFile("bus_embedded_trace.txt");
+    NodeProcess node({"--clock", "virtual", "--hold-clock", "--site", SSC_SOURCE_DIR "/sim/sites/default.xml",
+                      "--trace", "supSysCtrlA4ci:7", "--trace-file", trace});
+    ose::GatewayClient tester;
+    ASSERT_TRUE(tester.connect(node.socketPath(), "tester", true)) << tester.lastError();
+    auto server = tester.hunt(a4ci::kServerName, 0);
+    ASSERT_TRUE(server && *server != 0);
+
+    ASSERT_TRUE(tester.send(*server, valueRequest(simctl::SIM_SET_VALUE_REQ, 48, "outputVoltage", -5000)));
+    auto set = nextOf(tester, simctl::SIM_SET_VALUE_CFM);
+    ASSERT_TRUE(set);
+    EXPECT_EQ(layoutOf<simctl::SIM_VALUE_CFM_S>(set->bytes).value, -5000);
+    ASSERT_TRUE(tester.send(*server, valueRequest(simctl::SIM_GET_VALUE_REQ, 48, "noSuchValue", 0)));
+    auto refused = nextOf(tester, simctl::SIM_GET_VALUE_REJ);
+    ASSERT_TRUE(refused);
+    EXPECT_STREQ(layoutOf<simctl::SIM_REJ_S>(refused->bytes).reason, "no value named noSuchValue");
+
+    ASSERT_TRUE(tester.send(*server, dataRequest(48, {72, 9})));
+    auto answer = nextOf(tester, a4ci::A4CI_DATA_CFM);
+    ASSERT_TRUE(answer);
+    EXPECT_EQ(answerFrame(*answer).substr(0, 4), std::string("\x49\x09\xEC\x78", 4));
+
+    simctl::SIM_FAULT_REQ_S fault{};
+    fault.sigNo = simctl::SIM_FAULT_REQ;
+    fault.port = 1;
+    fault.address = 48;
+    fault.kind = static_cast<std::uint16_t>(simctl::FaultKind::A4ciReject);
+    fault.count = 1;
+    fault.value = 6;
+    ASSERT_TRUE(tester.send(*server, bytesOf(fault)));
+    ASSERT_TRUE(nextOf(tester, simctl::SIM_FAULT_CFM));
+    ASSERT_TRUE(tester.send(*server, dataRequest(48, {72, 10})));
+    auto rejected = nextOf(tester, a4ci::A4CI_DATA_REJ);
+    ASSERT_TRUE(rejected);
+    EXPECT_EQ(layoutOf<a4ci::A4CI_DATA_REJ_S>(rejected->bytes).errorCode, 6);
+
+    ASSERT_TRUE(tester.advanceBy(100));
+    EXPECT_EQ(node.stop(), 0);
+    EXPECT_NE(readFile(trace).find("Connection established with A4ciServer"), std::string::npos);
+}
+
+TEST(BusSystemTest, TheSimulatorAsItsOwnProgramServesANodeWithoutASite)
+{
+    const std::string trace = traceFile("bus_sscsim_trace.txt");
+    NodeProcess node({"--clock", "virtual", "--hold-clock", "--trace", "supSysCtrlA4ci:7", "--trace-file", trace});
+    const pid_t simPid = fork();
+    ASSERT_GE(simPid, 0);
+    if (simPid == 0) {
+        const std::string socket = node.socketPath();
+        execl(SSC_SIM_BINARY, SSC_SIM_BINARY, "--site", SSC_SOURCE_DIR "/sim/sites/default.xml", "--socket",
+              socket.c_str(), static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    ose::GatewayClient tester;
+    ASSERT_TRUE(tester.connect(node.socketPath(), "tester", true)) << tester.lastError();
+    auto server = tester.hunt(a4ci::kServerName, ose::gateway::kWaitForever);
+    ASSERT_TRUE(server && *server != 0);
+    ASSERT_TRUE(tester.send(*server, dataRequest(32, {204, 3})));
+    auto answer = nextOf(tester, a4ci::A4CI_DATA_CFM);
+    ASSERT_TRUE(answer);
+    // Connected fans 0x0F, no failures, no external alarms, start flag and smoke detector connected.
+    EXPECT_EQ(answerFrame(*answer), std::string("\xCD\x03\x0F\x00\x00\x00\x00\x06", 8));
+    ASSERT_TRUE(tester.advanceBy(2000));
+    EXPECT_EQ(node.stop(), 0);
+    int status = 0;
+    EXPECT_EQ(waitpid(simPid, &status, 0), simPid);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    EXPECT_NE(readFile(trace).find("Connection established with A4ciServer"), std::string::npos);
+}
+
+} // namespace
+} // namespace systemtest
