@@ -234,6 +234,7 @@ TEST_F(PpWireTest, HostileAnswersAreTracedAndNeverReadBeyondTheirBytes)
     auto& psuRaw = psu.faults().rawAnswers;
     psuRaw.push_back(bytes({199, 1}));                       // not the confirm
     psuRaw.push_back(bytes({69}));                           // a set answer of one byte
+    psuRaw.push_back(bytes({70, 1}));                        // a reject without its cause byte
     psuRaw.push_back(std::string(1, char(9)) + std::string(1, char(0)) + std::string(68, 'X'));
     startServer();
     TraceCapture trace(kA4ciTrace);
@@ -253,6 +254,10 @@ TEST_F(PpWireTest, HostileAnswersAreTracedAndNeverReadBeyondTheirBytes)
         EXPECT_FALSE(poll(pp, pp::PSU_GET_STATUS_REQ, 48));
         EXPECT_FALSE(pp.setDeviceData(pp::PSU_SET_OUTPUT_VOLTAGE_REQ, 1, 48, PpPsuOutputVoltage{-5000}, kPort, true,
                                       nullptr));
+        std::uint8_t cause = 0xEE;
+        EXPECT_FALSE(pp.setDeviceData(pp::PSU_SET_OUTPUT_VOLTAGE_REQ, 1, 48, PpPsuOutputVoltage{-5000}, kPort, true,
+                                      &cause));
+        EXPECT_EQ(cause, 0);
         PpProductIdentity identity;
         ASSERT_TRUE(pp.getProductData(48, identity, kPort, true));
         EXPECT_EQ(std::string(identity.productNumber.data(), identity.productNumber.size()), std::string(25, 'X'));

@@ -58,15 +58,6 @@ constexpr ValueSpec kValues[] = {
 };
 static_assert(std::size(kValues) == SetColdopLast + 1);
 
-void writeIdentity(SimFrame& frame, const ProductStrings& identity)
-{
-    frame.text(identity.productNumber, pp::kProductNumberSize);
-    frame.text(identity.revState, pp::kRevStateSize);
-    frame.text(identity.productName, pp::kProductNameSize);
-    frame.text(identity.productionDate, pp::kProductionDateSize);
-    frame.text(identity.serialNumber, pp::kSerialNumberSize);
-}
-
 std::string readText(SimRequest& request, std::size_t size)
 {
     std::string text;
@@ -216,7 +207,7 @@ SimUnit::Handled SimScu::answerTyped(SimRequest& request, SimFrame& confirm)
                               flag(SmokeDetectorAlarm), flag(SmokeDetectorHwFailure), flag(DoorSwitchOpen),
                               flag(TempSensorFault)}));
         return Handled::Answered;
-    case pp::SCU_GET_CABINET_PID_REQ: writeIdentity(confirm, m_cabinet); return Handled::Answered;
+    case pp::SCU_GET_CABINET_PID_REQ: writeProduct(confirm, m_cabinet); return Handled::Answered;
     case pp::SCU_SET_CABINET_PID_REQ: return takeCabinet(request);
     default: return Handled::Unknown;
     }

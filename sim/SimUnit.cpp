@@ -16,6 +16,15 @@ constexpr std::uint8_t kCauseBadLength = 2;
 
 } // namespace
 
+void writeProduct(SimFrame& frame, const ProductStrings& product)
+{
+    frame.text(product.productNumber, pp::kProductNumberSize);
+    frame.text(product.revState, pp::kRevStateSize);
+    frame.text(product.productName, pp::kProductNameSize);
+    frame.text(product.productionDate, pp::kProductionDateSize);
+    frame.text(product.serialNumber, pp::kSerialNumberSize);
+}
+
 const char* unitTypeName(UnitType type) { return kTypeNames[static_cast<std::size_t>(type)]; }
 
 std::optional<UnitType> unitTypeFromName(std::string_view name)
@@ -127,13 +136,7 @@ SimUnit::Handled SimUnit::answerCommon(SimRequest& request, SimFrame& confirm)
     case pp::CC_CLEAR_START_FLAG_REQ:
         m_startFlag = false;
         return Handled::Answered;
-    case pp::CC_HW_PID_REQ:
-        confirm.text(m_product.productNumber, pp::kProductNumberSize);
-        confirm.text(m_product.revState, pp::kRevStateSize);
-        confirm.text(m_product.productName, pp::kProductNameSize);
-        confirm.text(m_product.productionDate, pp::kProductionDateSize);
-        confirm.text(m_product.serialNumber, pp::kSerialNumberSize);
-        return Handled::Answered;
+    case pp::CC_HW_PID_REQ: writeProduct(confirm, m_product); return Handled::Answered;
     case pp::CC_VISUAL_INDICATION_REQ: {
         const std::uint8_t code = request.u8();
         if (!request.complete()) return Handled::Malformed;

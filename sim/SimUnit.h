@@ -35,6 +35,9 @@ struct ProductStrings {
     std::string serialNumber;
 };
 
+// The 68 bytes of product identity as a unit sends them.
+void writeProduct(SimFrame& frame, const ProductStrings& product);
+
 // A fault that affects the next `remaining` requests, or every request
 // until cleared when `remaining` is 0.
 struct CountedFault {
