@@ -111,6 +111,7 @@ std::vector<A4ciSimServer::Outgoing> A4ciSimServer::handle(const std::string& si
     case simctl::SIM_SET_VALUE_REQ: handleValue(signal, true); break;
     case simctl::SIM_GET_VALUE_REQ: handleValue(signal, false); break;
     case simctl::SIM_FAULT_REQ: handleFault(signal); break;
+    case simctl::SIM_RAW_ANSWER_REQ: handleRawAnswer(signal); break;
     default: SSC_TRACE(simGroup(), 5, "A4ciServer: signal 0x%x ignored", static_cast<unsigned>(sigNo)); break;
     }
     return std::move(m_outgoing);
@@ -276,6 +277,19 @@ void A4ciSimServer::handleFault(const std::string& signal)
     }
     simctl::SIM_VALUE_CFM_S cfm{};
     cfm.sigNo = simctl::SIM_FAULT_CFM;
+    reply(bytesOf(cfm));
+}
+
+void A4ciSimServer::handleRawAnswer(const std::string& signal)
+{
+    const auto* request = view<simctl::SIM_RAW_ANSWER_REQ_S>(signal);
+    if (request == nullptr) return reject(simctl::SIM_RAW_ANSWER_REJ, "signal too short");
+    if (request->length > simctl::kRawAnswerSize) return reject(simctl::SIM_RAW_ANSWER_REJ, "answer too long");
+    SimUnit* unit = m_cabinet.unit(request->port, request->address);
+    if (unit == nullptr) return reject(simctl::SIM_RAW_ANSWER_REJ, "no unit at that port and address");
+    unit->faults().rawAnswers.emplace_back(reinterpret_cast<const char*>(request->frame), request->length);
+    simctl::SIM_VALUE_CFM_S cfm{};
+    cfm.sigNo = simctl::SIM_RAW_ANSWER_CFM;
     reply(bytesOf(cfm));
 }
 

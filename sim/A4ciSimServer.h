@@ -54,6 +54,7 @@ private:
     void answerRequest(std::uint16_t port, std::uint8_t address, const std::string& request, BusLogEntry& entry);
     void handleValue(const std::string& signal, bool set);
     void handleFault(const std::string& signal);
+    void handleRawAnswer(const std::string& signal);
     void reject(ose::SIGSELECT sigNo, const std::string& reason);
     void reply(std::string bytes, std::uint32_t delayMs = 0);
 

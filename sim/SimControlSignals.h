@@ -18,7 +18,12 @@ inline constexpr ose::SIGSELECT SIM_FAULT_REQ = 0x1707007;
 inline constexpr ose::SIGSELECT SIM_FAULT_CFM = 0x1707008;
 inline constexpr ose::SIGSELECT SIM_FAULT_REJ = 0x1707009;
 
+inline constexpr ose::SIGSELECT SIM_RAW_ANSWER_REQ = 0x170700A;
+inline constexpr ose::SIGSELECT SIM_RAW_ANSWER_CFM = 0x170700B;
+inline constexpr ose::SIGSELECT SIM_RAW_ANSWER_REJ = 0x170700C;
+
 inline constexpr std::size_t kNameSize = 40;
+inline constexpr std::size_t kRawAnswerSize = 128;
 inline constexpr std::size_t kReasonSize = 80;
 
 // SIM_SET_VALUE_REQ and SIM_GET_VALUE_REQ (value not read). The name is
@@ -73,5 +78,18 @@ struct SIM_FAULT_REQ_S {
     ose::be_i32 value;
 };
 OSE_SIGNAL_LAYOUT(SIM_FAULT_REQ_S, 20);
+
+// The unit's next answer, whatever the request: `length` bytes of `frame`
+// sent as they stand (malformed answers on purpose). Several queue up.
+struct SIM_RAW_ANSWER_REQ_S {
+    ose::be_u32 sigNo;
+    ose::be_u16 port;
+    ose::be_u8 address;
+    ose::be_u8 unused;
+    ose::be_u16 length;
+    ose::be_u16 unused2;
+    ose::be_u8 frame[kRawAnswerSize];
+};
+OSE_SIGNAL_LAYOUT(SIM_RAW_ANSWER_REQ_S, 140);
 
 } // namespace simctl

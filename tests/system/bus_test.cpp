@@ -149,6 +149,20 @@ TEST(BusSystemTest, TheEmbeddedSimulatorAnswersAndIsControlledThroughTheGateway)
     ASSERT_TRUE(rejected);
     EXPECT_EQ(layoutOf<a4ci::A4CI_DATA_REJ_S>(rejected->bytes).errorCode, 6);
 
+    simctl::SIM_RAW_ANSWER_REQ_S raw{};
+    raw.sigNo = simctl::SIM_RAW_ANSWER_REQ;
+    raw.port = 1;
+    raw.address = 32;
+    raw.length = 4;
+    const std::uint8_t malformed[] = {145, 1, 200, 1}; // a list count far beyond its frame
+    std::copy(std::begin(malformed), std::end(malformed), raw.frame);
+    ASSERT_TRUE(tester.send(*server, bytesOf(raw)));
+    ASSERT_TRUE(nextOf(tester, simctl::SIM_RAW_ANSWER_CFM));
+    ASSERT_TRUE(tester.send(*server, dataRequest(32, {144, 11})));
+    auto garbage = nextOf(tester, a4ci::A4CI_DATA_CFM);
+    ASSERT_TRUE(garbage);
+    EXPECT_EQ(answerFrame(*garbage), std::string("\x91\x01\xC8\x01", 4));
+
     ASSERT_TRUE(tester.advanceBy(100));
     EXPECT_EQ(node.stop(), 0);
     EXPECT_NE(readFile(trace).find("Connection established with A4ciServer"), std::string::npos);
