@@ -51,9 +51,6 @@ public:
     // advanced before each use, wrapping as a byte.
     std::uint8_t nextSequenceNumber() { return ++m_sequence; }
 
-protected:
-    const EC_LinkedList<ResetEntry>& resetEntries() const { return m_resetEntries; }
-
 private:
     bool canSend(pp::MessageNo message, std::uint32_t address, std::uint32_t port, const char* operation);
     bool setExpectedResponse(pp::MessageNo message, pp::MessageNo& confirm, pp::MessageNo& reject);

@@ -617,7 +617,7 @@ void writeProductIdentity(Writer& w, const PpProductIdentity& d)
     w.chars(d.serialNumber);
 }
 
-// The payload of `message` from `data`; nullopt-like false when the data is
+// The payload of `message` from `data`; false when the data is
 // not that message's record or breaks its rules.
 bool writePayload(pp::MessageNo message, const PpSetData& data, Writer& w)
 {

@@ -27,7 +27,6 @@ public:
                      std::uint32_t port) override;
 
     bool isConnected() const { return m_connected; }
-    ose::PROCESS serverPid() const { return m_serverPid; }
 
 private:
     bool connect();

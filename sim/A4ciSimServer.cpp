@@ -68,11 +68,10 @@ std::string nameOf(const simctl::SIM_VALUE_REQ_S& request)
 
 ose::PROCESS A4ciSimServer::start(ose::World& world, ose::Node& node, SimCabinet& cabinet, const std::string& name)
 {
-    cabinet.setClock([&world] { return world.now(); });
-    ose::ProcessSpec spec;
-    spec.name = name;
-    spec.entry = [&cabinet] { A4ciSimServer(cabinet).run(); };
-    const ose::PROCESS pid = world.createProcess(node, spec);
+    ose::ProcessSpec definition;
+    definition.name = name;
+    definition.entry = [&cabinet] { A4ciSimServer(cabinet).run(); };
+    const ose::PROCESS pid = world.createProcess(node, definition);
     world.start(pid);
     return pid;
 }

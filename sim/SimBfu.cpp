@@ -19,7 +19,7 @@ enum Value : std::size_t {
     SetConnect, SetBatteryFaultLed,
 };
 
-constexpr ValueSpec kValues[] = {
+constexpr ValueDefinition kValues[] = {
     {"cap.mainLoadDisconnectMin", -4000}, {"cap.mainLoadDisconnectMax", -4700},
     {"cap.priorityLoadDisconnectMin", -4000}, {"cap.priorityLoadDisconnectMax", -4700},
     {"cap.disconnectCeaseMin", -4400}, {"cap.disconnectCeaseMax", -5000},

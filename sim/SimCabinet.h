@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <deque>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -39,10 +38,6 @@ public:
     SimUnit* unit(std::uint16_t port, std::uint8_t address) const;
     std::vector<SimUnit*> units() const;
 
-    // World time, given by the server that runs the cabinet.
-    void setClock(std::function<std::uint64_t()> now) { m_now = std::move(now); }
-    std::uint64_t now() const { return m_now ? m_now() : 0; }
-
     // How long the bus waits for a silent unit before the server rejects
     // with a time-out.
     std::uint32_t busTimeoutMs = 20;
@@ -61,7 +56,6 @@ private:
     static std::size_t slot(std::uint16_t port, std::uint8_t address) { return (port - 1u) * 256u + address; }
 
     std::vector<std::unique_ptr<SimUnit>> m_units; // 2 ports x 256 addresses
-    std::function<std::uint64_t()> m_now;
     std::deque<BusLogEntry> m_busLog;
 };
 

@@ -15,7 +15,7 @@ enum Value : std::size_t {
     SetFanSpeed,
 };
 
-constexpr ValueSpec kValues[] = {
+constexpr ValueDefinition kValues[] = {
     {"cap.internalFan", 1}, {"cap.externalFan", 1}, {"cap.heater", 1}, {"cap.compressor", 0},
     {"cap.supplyAirTemperatureSensor", 1}, {"cap.returnAirTemperatureSensor", 1},
     {"cap.condenserAirTemperatureSensor", 0}, {"cap.ambientAirTemperatureSensor", 1}, {"cap.doorSensor", 1},

@@ -17,7 +17,7 @@ enum Value : std::size_t {
     SetOvervoltageRaise, SetOvervoltageCease, SetUndervoltageRaise, SetUndervoltageCease, SetEfuses,
 };
 
-constexpr ValueSpec kValues[] = {
+constexpr ValueDefinition kValues[] = {
     {"cap.controllable", 0x00FF}, {"cap.secondSet", 0}, {"cap.thirdSet", 0},
     {"cap.overvoltageRaiseMin", -5600}, {"cap.overvoltageRaiseMax", -6000},
     {"cap.overvoltageCeaseMin", -5500}, {"cap.overvoltageCeaseMax", -5900},

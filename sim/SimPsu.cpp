@@ -17,7 +17,7 @@ enum Value : std::size_t {
 };
 
 // Hundredths of a volt, tenths of an ampere, degrees.
-constexpr ValueSpec kValues[] = {
+constexpr ValueDefinition kValues[] = {
     {"cap.outputVoltageControl", 1}, {"cap.hotSpot", 1}, {"cap.flag2", 0}, {"cap.tempSens", 1}, {"cap.flag4", 0},
     {"cap.additionalCapabilities", 1}, {"cap.controlVoltageLimit1", -4500}, {"cap.controlVoltageLimit2", -5800},
     {"cap.setPoint", 45}, {"cap.coolingGain", 10}, {"cap.timeConstant", 300},

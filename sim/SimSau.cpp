@@ -8,7 +8,7 @@ namespace {
 
 enum Value : std::size_t { InPortsA, InPortsB, OutPorts, AlarmPortsA, AlarmPortsB, Fault };
 
-constexpr ValueSpec kValues[] = {
+constexpr ValueDefinition kValues[] = {
     {"cap.availableInPortsA", 0x00FF}, {"cap.availableInPortsB", 0x0000}, {"cap.availableOutPorts", 0x03},
     {"alarmPortsA", 0}, {"alarmPortsB", 0}, {"fault", 0},
 };

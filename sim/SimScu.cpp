@@ -22,7 +22,7 @@ enum Value : std::size_t {
     SetIntFanLoTempSpeed, SetColdopFirst, SetColdopLast = SetColdopFirst + 5,
 };
 
-constexpr ValueSpec kValues[] = {
+constexpr ValueDefinition kValues[] = {
     {"cap.availableHw", 0xFF}, {"cap.availableFanGroups", 0x0F}, {"cap.availableExternalInputs", 0x00FF},
     {"cap.availableControlOutputs", 2},
     {"cap.heater1MinOnTemp", -20}, {"cap.heater1MaxOnTemp", 10}, {"cap.heater1MinOffTemp", -15},

@@ -34,18 +34,18 @@ std::optional<UnitType> unitTypeFromName(std::string_view name)
     return std::nullopt;
 }
 
-SimUnit::SimUnit(UnitType type, std::uint16_t port, std::uint8_t address, std::span<const ValueSpec> specs)
-    : m_type(type), m_port(port), m_address(address), m_specs(specs)
+SimUnit::SimUnit(UnitType type, std::uint16_t port, std::uint8_t address, std::span<const ValueDefinition> definitions)
+    : m_type(type), m_port(port), m_address(address), m_definitions(definitions)
 {
-    m_values.reserve(specs.size());
-    for (const ValueSpec& spec : specs) m_values.push_back(spec.initial);
+    m_values.reserve(definitions.size());
+    for (const ValueDefinition& definition : definitions) m_values.push_back(definition.initial);
     m_product = {"KDU 137 000/1", "R1A", unitTypeName(type), "20260101", "SIM00000001"};
 }
 
 std::optional<std::size_t> SimUnit::indexOf(std::string_view name) const
 {
-    for (std::size_t i = 0; i < m_specs.size(); ++i)
-        if (name == m_specs[i].name) return i;
+    for (std::size_t i = 0; i < m_definitions.size(); ++i)
+        if (name == m_definitions[i].name) return i;
     return std::nullopt;
 }
 
@@ -75,12 +75,6 @@ std::string SimUnit::lastPayload(std::uint8_t message) const
     return found != m_lastPayload.end() ? found->second : std::string();
 }
 
-std::uint32_t SimUnit::requestCount(std::uint8_t message) const
-{
-    const auto found = m_requestCount.find(message);
-    return found != m_requestCount.end() ? found->second : 0;
-}
-
 void SimUnit::restart(std::uint64_t nowMs)
 {
     m_bootUntilMs = nowMs + m_bootMs;
@@ -100,7 +94,6 @@ UnitAnswer SimUnit::answer(const std::string& frame, std::uint64_t nowMs)
     if (isBooting(nowMs) || frame.size() < 2 || m_faults.silent.take()) return {};
     SimRequest request(frame);
     const std::uint8_t message = request.message();
-    ++m_requestCount[message];
     m_lastPayload[message] = frame.substr(2);
     if (message == pp::CC_RESET_FWD) {
         restart(nowMs);

@@ -22,7 +22,7 @@ const char* unitTypeName(UnitType type);
 std::optional<UnitType> unitTypeFromName(std::string_view name);
 
 // One named value of a unit type and its value after power-up.
-struct ValueSpec {
+struct ValueDefinition {
     const char* name;
     std::int32_t initial;
 };
@@ -80,7 +80,7 @@ struct UnitAnswer {
 
 class SimUnit {
 public:
-    SimUnit(UnitType type, std::uint16_t port, std::uint8_t address, std::span<const ValueSpec> specs);
+    SimUnit(UnitType type, std::uint16_t port, std::uint8_t address, std::span<const ValueDefinition> definitions);
     virtual ~SimUnit() = default;
     SimUnit(const SimUnit&) = delete;
     SimUnit& operator=(const SimUnit&) = delete;
@@ -90,7 +90,7 @@ public:
     std::uint8_t address() const { return m_address; }
 
     // Values by name, for the site file, control signals and tests.
-    std::span<const ValueSpec> specs() const { return m_specs; }
+    std::span<const ValueDefinition> definitions() const { return m_definitions; }
     bool has(std::string_view name) const { return indexOf(name).has_value(); }
     std::optional<std::int32_t> get(std::string_view name) const;
     bool set(std::string_view name, std::int32_t value);
@@ -99,10 +99,8 @@ public:
     bool startFlag() const { return m_startFlag; }
     void setStartFlag(bool on) { m_startFlag = on; }
     std::uint8_t lastIndication() const { return m_lastIndication; }
-    // The payload of the last request of that number the unit took, and how
-    // many it took.
+    // The payload of the last request of that number the unit took.
     std::string lastPayload(std::uint8_t message) const;
-    std::uint32_t requestCount(std::uint8_t message) const;
 
     UnitFaults& faults() { return m_faults; }
     std::uint32_t bootMs() const { return m_bootMs; }
@@ -135,7 +133,7 @@ private:
     UnitType m_type;
     std::uint16_t m_port;
     std::uint8_t m_address;
-    std::span<const ValueSpec> m_specs;
+    std::span<const ValueDefinition> m_definitions;
     std::vector<std::int32_t> m_values;
     ProductStrings m_product;
     bool m_startFlag = true; // set at power-up
@@ -144,7 +142,6 @@ private:
     std::uint64_t m_bootUntilMs = 0;
     UnitFaults m_faults;
     std::map<std::uint8_t, std::string> m_lastPayload;
-    std::map<std::uint8_t, std::uint32_t> m_requestCount;
 };
 
 } // namespace sim
