@@ -10,7 +10,9 @@
 #include "adapters/PciAdapter.h"
 #include "adapters/PmiAdapter.h"
 #include "climate/ClimateCtrlServer.h"
+#include "frame/ActiveFaultsRegister.h"
 #include "frame/SscTrace.h"
+#include "hwu/HdlcAddressFacade.h"
 
 using namespace ssc_trace;
 
@@ -41,7 +43,9 @@ void Ssc::bringUp(SSC_Server& server)
 void Ssc::initialize()
 {
     SignalDispatcher* dispatcher = m_pDispatcher.get();
-    // The node, external node, fan group and hub position facades come first.
+    // The node, external node and fan group facades come first, then the
+    // hub position facade.
+    m_pHdlcAddressFacade = std::make_unique<HdlcAddressFacade>(ActiveFaultsRegister::instance());
     m_pAlarmCtrlServer = std::make_unique<AlarmCtrlServer>(dispatcher);
     m_servers[0].pServer = m_pAlarmCtrlServer.get();
     m_pApcInciClient = std::make_unique<ApcInciClient>(dispatcher);

@@ -20,6 +20,7 @@ class ApcInciServer;
 class ClimateCtrlServer;
 class CmiAdapter;
 class EmiAdapter;
+class HdlcAddressFacade;
 class PciAdapter;
 class PmiAdapter;
 
@@ -40,6 +41,8 @@ public:
     void initialize();
     // The managers, which need the broker and the facades made before them.
     void createManagers();
+
+    HdlcAddressFacade* getHdlcAddressFacade() { return m_pHdlcAddressFacade.get(); }
 
     // The server of that type; NIL (and a trace) for a type that does not exist.
     SSC_Server* getServer(ServerType type);
@@ -72,6 +75,7 @@ private:
                                          {ServerType::ApcInci, nullptr},
                                          {ServerType::ClimateControl, nullptr}}};
     EquipmentManagerIf* m_pEquipmentManager = nullptr;
+    std::unique_ptr<HdlcAddressFacade> m_pHdlcAddressFacade;
     std::unique_ptr<ClimateCtrlServer> m_pClimateCtrlServer;
     std::unique_ptr<AlarmCtrlServer> m_pAlarmCtrlServer;
     std::unique_ptr<ApcInciClient> m_pApcInciClient;

@@ -1,5 +1,6 @@
 #include "frame/SscThread.h"
 
+#include "frame/ActiveFaultsRegister.h"
 #include "frame/HuntService.h"
 #include "frame/OsService.h"
 #include "frame/Ssc.h"
@@ -16,6 +17,9 @@ namespace {
 struct CoreServicesReset {
     ~CoreServicesReset()
     {
+        // The register outlives the process; a restarted core sees its
+        // units afresh and raises what is still wrong.
+        ActiveFaultsRegister::instance().clear();
         PpCommunicationService::setHandler(nullptr);
         TimerService::setHandler(nullptr);
         HuntService::setHandler(nullptr);
