@@ -77,6 +77,8 @@ void ActiveFaultsRegister::clear()
 {
     TimerService::stopAllTimers(this);
     m_delayedActions.clear();
+    m_rowIndex.clear();
+    m_kindCount.clear();
     m_activeFaults.clear();
 }
 
@@ -91,7 +93,7 @@ void ActiveFaultsRegister::raiseFault(const FaultId_t& faultId, const FuncId_t& 
     ActiveFault* row = addFault(faultId, funcId);
     if (row == nullptr) return;
     row->waiting = true;
-    delay(faultId, funcId, delayMs, true);
+    delay(*row, delayMs, true);
 }
 
 void ActiveFaultsRegister::raiseFault(const FaultId_t& faultId, const FuncId_t& funcId)
@@ -118,10 +120,7 @@ void ActiveFaultsRegister::ceaseFault(std::int32_t faultId, const FuncId_t& func
         return;
     }
     // The cease happens at the end of the delay, whatever is raised meanwhile.
-    if (ActiveFault* row = findFault(faultId, funcId); row != nullptr) {
-        const FaultId_t held = row->faultId;
-        delay(held, funcId, delayMs, false);
-    }
+    if (ActiveFault* row = findFault(faultId, funcId); row != nullptr) delay(*row, delayMs, false);
 }
 
 void ActiveFaultsRegister::ceaseFault(std::int32_t faultId, const FuncId_t& funcId)
@@ -170,14 +169,15 @@ void ActiveFaultsRegister::removeFaults(const FuncId_t& funcId)
 
 // ---- delayed actions ----
 
-void ActiveFaultsRegister::delay(const FaultId_t& faultId, const FuncId_t& funcId, std::uint32_t delayMs, bool raise)
+void ActiveFaultsRegister::delay(ActiveFault& row, std::uint32_t delayMs, bool raise)
 {
     const std::uint32_t actionId = nextActionId();
-    m_delayedActions.add({actionId, faultId, funcId, raise});
+    m_delayedActions.insert(actionId, {actionId, row.faultId, row.funcId, raise});
+    row.actionIds.push_back(actionId);
     TimerService::startTimer(delayMs, kDelayedActionTimer, this, actionId);
     SSC_TRACE(swuGroup(), kFlow, raise ? "FaultId:%d on %s-%d, raise timer activated"
                                        : "FaultId:%d on %s-%d, cease timer activated",
-              faultId.id, text(funcId.FuncType), funcId.FuncInst);
+              row.faultId.id, text(row.funcId.FuncType), row.funcId.FuncInst);
 }
 
 std::uint32_t ActiveFaultsRegister::nextActionId()
@@ -186,22 +186,20 @@ std::uint32_t ActiveFaultsRegister::nextActionId()
     // under the same id would restart the first and lose its action.
     do {
         m_lastActionId = (m_lastActionId + 1) % kActionIdModulo;
-    } while (m_delayedActions.find([this](const DelayedAction& action) {
-        return action.actionId == m_lastActionId;
-    }) != nullptr);
+    } while (m_delayedActions.find(m_lastActionId) != nullptr);
     return m_lastActionId;
 }
 
 void ActiveFaultsRegister::timeout(TimerId timerId)
 {
     if (timerId.timerType != kDelayedActionTimer) return;
-    DelayedAction* action = m_delayedActions.find(
-        [&timerId](const DelayedAction& row) { return row.actionId == timerId.argument; });
+    const DelayedAction* action = m_delayedActions.find(timerId.argument);
     if (action == nullptr) return;
     const DelayedAction taken = *action;
-    m_delayedActions.removeFirst([&taken](const DelayedAction& row) { return row.actionId == taken.actionId; });
+    m_delayedActions.erase(taken.actionId);
     ActiveFault* row = findFault(taken.faultId.id, taken.funcId);
     if (row == nullptr) return;
+    std::erase(row->actionIds, taken.actionId);
     const FaultId_t held = row->faultId;
     if (taken.raise) {
         row->waiting = false;
@@ -215,41 +213,50 @@ void ActiveFaultsRegister::timeout(TimerId timerId)
 
 ActiveFault* ActiveFaultsRegister::findFault(std::int32_t faultId, const FuncId_t& funcId)
 {
-    return m_activeFaults.find(
-        [faultId, &funcId](const ActiveFault& row) { return row.faultId.id == faultId && row.funcId == funcId; });
+    ActiveFault** row = m_rowIndex.find(keyOf(faultId, funcId));
+    return row != nullptr ? *row : nullptr;
 }
 
 ActiveFault* ActiveFaultsRegister::findTarget(std::uint32_t faultId, std::uint32_t funcType,
                                               std::uint32_t sourceFuncType, const FuncId_t& funcId)
 {
-    const bool sameKind = funcType == sourceFuncType;
-    return m_activeFaults.find([&](const ActiveFault& row) {
-        return asRuleId(row.faultId.id) == faultId && row.funcId.FuncType == funcType &&
-               (!sameKind || row.funcId.FuncInst == funcId.FuncInst);
-    });
+    const auto id = static_cast<std::int32_t>(faultId);
+    if (funcType == sourceFuncType) return findFault(id, FuncId_t{funcType, funcId.FuncInst});
+    if (m_kindCount.find(kindKeyOf(id, funcType)) == nullptr) return nullptr;
+    return m_activeFaults.find(
+        [&](const ActiveFault& row) { return row.faultId.id == id && row.funcId.FuncType == funcType; });
 }
 
 ActiveFault* ActiveFaultsRegister::addFault(const FaultId_t& faultId, const FuncId_t& funcId)
 {
     if (findFault(faultId.id, funcId) != nullptr) return nullptr;
-    m_activeFaults.add({faultId, funcId});
+    m_activeFaults.add(ActiveFault{faultId, funcId, false, false, false, {}});
+    ActiveFault* row = m_activeFaults.first();
+    m_rowIndex.insert(keyOf(faultId.id, funcId), row);
+    const RowKey kind = kindKeyOf(faultId.id, funcId.FuncType);
+    if (std::uint32_t* count = m_kindCount.find(kind); count != nullptr)
+        ++*count;
+    else
+        m_kindCount.insert(kind, 1);
     SSC_TRACE(swuGroup(), kFlow, "FaultId:%d on %s-%d added", faultId.id, text(funcId.FuncType), funcId.FuncInst);
-    return findFault(faultId.id, funcId);
+    return row;
 }
 
 void ActiveFaultsRegister::removeRow(const FaultId_t& faultId, const FuncId_t& funcId)
 {
-    const auto ofRow = [&](const auto& row) { return row.faultId.id == faultId.id && row.funcId == funcId; };
-    if (!m_activeFaults.removeFirst(ofRow)) return;
-    SSC_TRACE(swuGroup(), kFlow, "FaultId:%d on %s-%d removed", faultId.id, text(funcId.FuncType), funcId.FuncInst);
+    ActiveFault* row = findFault(faultId.id, funcId);
+    if (row == nullptr) return;
     // Actions belong to the row they were started for: left behind they
     // would act on a later raise of the same fault.
-    EC_LinkedListIterator<DelayedAction> it(m_delayedActions);
-    while (DelayedAction* action = it.next()) {
-        if (!ofRow(*action)) continue;
-        TimerService::stopTimer(kDelayedActionTimer, this, action->actionId);
-        it.removeCurrent();
+    for (std::uint32_t actionId : row->actionIds) {
+        TimerService::stopTimer(kDelayedActionTimer, this, actionId);
+        m_delayedActions.erase(actionId);
     }
+    m_rowIndex.erase(keyOf(faultId.id, funcId));
+    const RowKey kind = kindKeyOf(faultId.id, funcId.FuncType);
+    if (std::uint32_t* count = m_kindCount.find(kind); count != nullptr && --*count == 0) m_kindCount.erase(kind);
+    m_activeFaults.removeFirst([row](const ActiveFault& candidate) { return &candidate == row; });
+    SSC_TRACE(swuGroup(), kFlow, "FaultId:%d on %s-%d removed", faultId.id, text(funcId.FuncType), funcId.FuncInst);
 }
 
 // ---- suppression ----

@@ -7,10 +7,12 @@
 
 #include "frame/EC_LinkedList.h"
 #include "frame/FaultsRegisterIf.h"
+#include "frame/FlatHashMap.h"
 #include "frame/Noncopyable.h"
 #include "frame/TimerObserverIf.h"
 
 #include <cstdint>
+#include <vector>
 
 struct ActiveFault {
     FaultId_t faultId;
@@ -20,6 +22,8 @@ struct ActiveFault {
     // Raised with a delay that has not run out: counts as active, evaluated
     // only when its timer expires.
     bool waiting = false;
+    // The delayed actions started for this row, which go when it goes.
+    std::vector<std::uint32_t> actionIds;
 };
 
 struct DelayedAction {
@@ -76,9 +80,35 @@ public:
     void clear();
 
     std::uint32_t activeCount() const { return m_activeFaults.count(); }
-    std::uint32_t delayedCount() const { return m_delayedActions.count(); }
+    std::uint32_t delayedCount() const { return static_cast<std::uint32_t>(m_delayedActions.size()); }
 
 private:
+    // Rows are looked up by fault and function, and by fault and kind of
+    // function, in a hash index beside the list: a site with a thousand
+    // active faults must not walk them all on every raise and cease.
+    struct RowKey {
+        std::int32_t faultId;
+        std::uint32_t funcType;
+        std::uint32_t funcInst;
+        friend bool operator==(const RowKey&, const RowKey&) = default;
+    };
+    struct RowKeyHash {
+        std::size_t operator()(const RowKey& key) const
+        {
+            return static_cast<std::size_t>(static_cast<std::uint32_t>(key.faultId)) * 31 * 31 +
+                   static_cast<std::size_t>(key.funcType) * 31 + key.funcInst;
+        }
+    };
+    struct ActionIdHash {
+        std::size_t operator()(std::uint32_t actionId) const { return actionId; }
+    };
+    static RowKey keyOf(std::int32_t faultId, const FuncId_t& funcId)
+    {
+        return {faultId, funcId.FuncType, funcId.FuncInst};
+    }
+    // All instances of a kind of function share one key.
+    static RowKey kindKeyOf(std::int32_t faultId, std::uint32_t funcType) { return {faultId, funcType, 0xFFFFFFFF}; }
+
     ActiveFault* findFault(std::int32_t faultId, const FuncId_t& funcId);
     // The row that a rule reaches from function `funcId`: within one kind of
     // function only on the same instance, across kinds the first row found.
@@ -87,7 +117,7 @@ private:
     // The new row; NIL when the fault is active already.
     ActiveFault* addFault(const FaultId_t& faultId, const FuncId_t& funcId);
     void removeRow(const FaultId_t& faultId, const FuncId_t& funcId);
-    void delay(const FaultId_t& faultId, const FuncId_t& funcId, std::uint32_t delayMs, bool raise);
+    void delay(ActiveFault& row, std::uint32_t delayMs, bool raise);
     std::uint32_t nextActionId();
 
     void evaluate(const FaultId_t& faultId, const FuncId_t& funcId);
@@ -100,7 +130,11 @@ private:
 
     std::uint32_t m_lastActionId;
     EC_LinkedList<ActiveFault> m_activeFaults;
-    EC_LinkedList<DelayedAction> m_delayedActions;
+    FlatHashMap<RowKey, ActiveFault*, RowKeyHash> m_rowIndex;
+    // Rows of each fault and kind of function, for rules that reach any instance.
+    FlatHashMap<RowKey, std::uint32_t, RowKeyHash> m_kindCount;
+    // Pending delayed actions by action id.
+    FlatHashMap<std::uint32_t, DelayedAction, ActionIdHash> m_delayedActions;
     EC_LinkedList<FaultSuppressionRule> m_rules;
     EC_LinkedList<FaultsRegisterReportIf*> m_reporters;
     EC_LinkedList<AlarmObserverIf*> m_observers;

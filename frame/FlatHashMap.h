@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <utility>
 #include <vector>
 
 template <typename Key, typename Value, typename Hash>
@@ -29,6 +30,7 @@ public:
         return true;
     }
 
+    Value* find(const Key& key) { return const_cast<Value*>(std::as_const(*this).find(key)); }
     const Value* find(const Key& key) const
     {
         if (m_size == 0) return nullptr;
