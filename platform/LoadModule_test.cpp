@@ -1,5 +1,7 @@
 #include "platform/LoadModule.h"
 
+#include "frame/ActiveFaultsRegister.h"
+#include "frame/FaultIds.h"
 #include "frame/SscThread.h"
 #include "frame/TimerSignals.h"
 #include "frame/testSupport/TraceCapture.h"
@@ -47,6 +49,23 @@ TEST_F(LoadModuleTest, TheCoreStartsDropsAnUnknownSignalWithATraceAndGoesOnAnswe
     EXPECT_TRUE(trace.contains("supSysCtrlSWU 7 SignalDispatcher.cpp:"));
     EXPECT_TRUE(trace.contains(" No receiver for signal:18193 with OODB_Ref:0\n"));
     EXPECT_EQ(trace.count("Sending SSC_TEST_TRIGGER_TIMER_REJ"), 2u);
+}
+
+TEST_F(LoadModuleTest, ACoreThatEndsLeavesNoFaultsForTheNextOne)
+{
+    const ose::PROCESS core = createCoreProcess(world(), node());
+    const FuncId_t psu{1, 4};
+    bool activeWhileRunning = false;
+    spawn("tester", [&] {
+        ose::delay(10);
+        ActiveFaultsRegister::instance().raiseFault(fault_id::kHwuMissing, psu);
+        activeWhileRunning = ActiveFaultsRegister::instance().isFaultActive(fault_id::kHwuMissing, psu);
+        ose::kill_proc(core);
+    });
+    world().runFor(1000);
+    EXPECT_TRUE(activeWhileRunning);
+    EXPECT_FALSE(ActiveFaultsRegister::instance().isFaultActive(fault_id::kHwuMissing, psu));
+    EXPECT_EQ(ActiveFaultsRegister::instance().activeCount(), 0U);
 }
 
 } // namespace
