@@ -272,6 +272,7 @@ void A4ciSimServer::handleFault(const std::string& signal)
     case FaultKind::StartFlag: unit->setStartFlag(true); break;
     case FaultKind::Replace: unit->replace(ose::format("SIM%08d", value), m_nowMs); break;
     case FaultKind::Restart: unit->restart(m_nowMs); break;
+    case FaultKind::NoProductData: faults.noProductData.arm(count, value); break;
     default: return reject(simctl::SIM_FAULT_REJ, "unknown fault kind");
     }
     simctl::SIM_VALUE_CFM_S cfm{};

@@ -64,6 +64,7 @@ enum class FaultKind : std::uint16_t {
     StartFlag = 7,   // the start flag comes on
     Replace = 8,     // another unit: serial number "SIM" and `value` in 8 digits, then a restart
     Restart = 9,     // the unit restarts: deaf for its boot time, then the start flag
+    NoProductData = 10, // the unit refuses product data requests with cause byte `value`
 };
 
 // `count`: how many requests the fault affects, 0 for all until cleared.

@@ -105,10 +105,15 @@ UnitAnswer SimUnit::answer(const std::string& frame, std::uint64_t nowMs)
         return raw;
     }
     SimFrame confirm;
-    if (m_faults.ppReject.take()) {
+    std::optional<std::int32_t> cause;
+    if (m_faults.ppReject.take())
+        cause = m_faults.ppReject.value;
+    else if (message == pp::CC_HW_PID_REQ && m_faults.noProductData.take())
+        cause = m_faults.noProductData.value;
+    if (cause) {
         confirm.u8(pp::rejectOf(message));
         confirm.u8(request.sequence());
-        confirm.u8(m_faults.ppReject.value);
+        confirm.u8(static_cast<std::uint8_t>(*cause));
         return {true, confirm.bytes()};
     }
     confirm.u8(pp::confirmOf(message));

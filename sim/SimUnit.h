@@ -67,6 +67,7 @@ struct UnitFaults {
     CountedFault a4ciReject;  // the server rejects with error code `value`
     CountedFault ppReject;    // the unit rejects with cause byte `value`
     CountedFault noAnswer;    // the server answers nothing at all
+    CountedFault noProductData; // the unit refuses its product data (PP reject, cause `value`)
     std::deque<std::string> rawAnswers; // whole answer frames, sent as they stand
 
     void clear() { *this = UnitFaults{}; }
