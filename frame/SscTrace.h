@@ -21,6 +21,7 @@ inline ose::TraceGroupId a4ciGroup() { return ose::traceGroup<"supSysCtrlA4ci">(
 inline constexpr unsigned kError = 1;
 inline constexpr unsigned kInfo = 4;
 inline constexpr unsigned kUnexpected = 5;
+inline constexpr unsigned kDetail = 6;
 inline constexpr unsigned kFlow = 7;
 inline constexpr unsigned kSignalName = 11;
 inline constexpr unsigned kSignalSent = 15;
