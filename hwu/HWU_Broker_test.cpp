@@ -148,7 +148,9 @@ TEST_F(HwuBrokerTest, ALateSubscriberHearsOfEveryUnitAtOnceInTheFixedOrder)
         results = {broker.subscribeHWU(&late), broker.subscribeHWU(&late), broker.subscribeHWU(nullptr),
                    broker.unSubscribeHWU(&late), broker.unSubscribeHWU(&late), broker.unSubscribeHWU(nullptr)};
     });
-    runNode(1000);
+    runNode(7000);
+    // The refused FAN left no hub position fault behind.
+    EXPECT_THAT(m_recorder.m_faults, IsEmpty());
     EXPECT_THAT(late.m_broker, ElementsAre("operational BFU-1 @0s", "operational PSU-1 @0s",
                                            "operational SCU-1 @0s", "operational CLU-1 @0s"));
     EXPECT_EQ(results, (std::vector<bool>{true, false, false, true, false, false}));
