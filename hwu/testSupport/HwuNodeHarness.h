@@ -121,7 +121,7 @@ protected:
             TimerService::setHandler(&timers);
             WLPpCommunicationHandler pp(&dispatcher);
             PpCommunicationService::setHandler(&pp);
-            HWU_Broker broker(m_faults, m_factory);
+            HWU_Broker broker(m_faults, *m_pUnitFactory);
             FakeSsc ssc(&m_recorder);
             broker.start(ssc);
             broker.subscribeHWU(&m_recorder);
@@ -147,6 +147,7 @@ protected:
 
     ActiveFaultsRegister m_faults;
     TestUnitFactory m_factory;
+    HwuFactoryIf* m_pUnitFactory = &m_factory; // a test may make real units instead
     HwuRecorder m_recorder;
     HWU_Broker* m_pBroker = nullptr;
 

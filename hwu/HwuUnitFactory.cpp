@@ -1,0 +1,16 @@
+#include "hwu/HwuUnitFactory.h"
+
+#include "frame/FuncType.h"
+#include "hwu/Clu.h"
+#include "hwu/Psu.h"
+#include "hwu/Sau.h"
+
+std::unique_ptr<HwuStatusIf> HwuUnitFactory::createUnit(const HwuUnitArgs& args)
+{
+    switch (args.funcId.FuncType) {
+    case func_type::kPsu: return std::make_unique<Psu>(args, m_pClimate);
+    case func_type::kSau: return std::make_unique<Sau>(args, m_pAlarms);
+    case func_type::kClu: return std::make_unique<Clu>(args, m_pClimate);
+    default: return nullptr;
+    }
+}

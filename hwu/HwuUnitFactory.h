@@ -1,0 +1,19 @@
+#pragma once
+// Makes the wrapper of each kind of unit with the collaborators of its kind.
+// Kinds not made here are refused, and the broker traces them.
+
+#include "adapters/AlarmCtrlIf.h"
+#include "climate/ClimateCtrlIf.h"
+#include "hwu/HwuFactoryIf.h"
+
+class HwuUnitFactory : public HwuFactoryIf {
+public:
+    // Neither is owned; either may be NIL while its side does not exist.
+    HwuUnitFactory(ClimateCtrlIf* climate, AlarmCtrlIf* alarms) : m_pClimate(climate), m_pAlarms(alarms) {}
+
+    std::unique_ptr<HwuStatusIf> createUnit(const HwuUnitArgs& args) override;
+
+private:
+    ClimateCtrlIf* m_pClimate;
+    AlarmCtrlIf* m_pAlarms;
+};

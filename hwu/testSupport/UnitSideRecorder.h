@@ -1,0 +1,72 @@
+#pragma once
+// The climate and alarm sides as the units see them: every call recorded
+// with its virtual time; sensors are numbered from 7 on.
+
+#include "adapters/AlarmCtrlIf.h"
+#include "climate/ClimateCtrlIf.h"
+#include "hwu/testSupport/HwuNodeHarness.h"
+
+#include <string>
+#include <vector>
+
+class UnitSideRecorder : public ClimateCtrlIf, public AlarmCtrlIf {
+public:
+    void setSensorFault(std::uint32_t id) override { log("sensorFault " + std::to_string(id)); }
+    void clearSensorFault(std::uint32_t id) override { log("sensorOk " + std::to_string(id)); }
+    void addTempSensor(std::uint32_t funcType, std::int32_t setPoint, std::int32_t gain, std::int32_t tau,
+                       std::uint32_t* id) override
+    {
+        *id = m_nextSensor++;
+        log("addSensor " + std::to_string(funcType) + " " + std::to_string(setPoint) + " " + std::to_string(gain) +
+            " " + std::to_string(tau) + " -> " + std::to_string(*id));
+    }
+    void removeTempSensor(std::uint32_t id) override { log("removeSensor " + std::to_string(id)); }
+    void updateTemperature(std::uint32_t id, std::int32_t degrees) override
+    {
+        m_lastTemperature = degrees;
+        m_lastSensor = id;
+    }
+    bool isFanGroupConfigured(std::uint32_t, std::uint32_t) override { return true; }
+    void fanGroupsConnected(std::uint32_t cabinet, std::uint8_t flags, bool, std::uint32_t funcType) override
+    {
+        log("connected " + std::to_string(cabinet) + " " + std::to_string(flags) + " " + std::to_string(funcType));
+    }
+    void cluPresent(bool present) override { log(std::string("cluPresent ") + (present ? "1" : "0")); }
+    void fanGroupsFailure(std::uint32_t cabinet, std::uint8_t flags, bool, std::uint32_t funcType) override
+    {
+        log("failure " + std::to_string(cabinet) + " " + std::to_string(flags) + " " + std::to_string(funcType));
+    }
+    void fanGroupState(std::uint32_t cabinet, std::uint32_t group, std::uint32_t state,
+                       std::uint32_t funcType) override
+    {
+        log("led " + std::to_string(cabinet) + " " + std::to_string(group) + " " + std::to_string(state) + " " +
+            std::to_string(funcType));
+    }
+
+    void setPortGroupUnit(const FuncId_t&, std::uint32_t, std::uint32_t) override {}
+    void setAvailablePorts(const FuncId_t& funcId, std::uint16_t a, std::uint16_t b) override
+    {
+        log("available " + nameOf(funcId) + " " + std::to_string(a) + " " + std::to_string(b));
+    }
+    void updatePorts(const FuncId_t& funcId, std::uint16_t a, std::uint16_t b) override
+    {
+        const std::string line = "ports " + nameOf(funcId) + " " + std::to_string(a) + " " + std::to_string(b);
+        // At every poll: only changes are kept.
+        if (line != m_lastPorts) log(line);
+        m_lastPorts = line;
+    }
+    void removeUnit(const FuncId_t& funcId) override { log("removeUnit " + nameOf(funcId)); }
+    void unitAdded(const FuncId_t&) override {}
+    void unitRemoved(const FuncId_t&) override {}
+    void allPortsDisconnected() override {}
+
+    std::vector<std::string> m_calls;
+    std::int32_t m_lastTemperature = -999;
+    std::uint32_t m_lastSensor = 0;
+
+private:
+    void log(const std::string& call) { m_calls.push_back(at(call)); }
+
+    std::uint32_t m_nextSensor = 7;
+    std::string m_lastPorts;
+};
