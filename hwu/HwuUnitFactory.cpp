@@ -2,6 +2,7 @@
 
 #include "frame/FuncType.h"
 #include "hwu/Clu.h"
+#include "hwu/Pdu.h"
 #include "hwu/Psu.h"
 #include "hwu/Sau.h"
 
@@ -11,6 +12,7 @@ std::unique_ptr<HwuStatusIf> HwuUnitFactory::createUnit(const HwuUnitArgs& args)
     case func_type::kPsu: return std::make_unique<Psu>(args, m_pClimate);
     case func_type::kSau: return std::make_unique<Sau>(args, m_pAlarms);
     case func_type::kClu: return std::make_unique<Clu>(args, m_pClimate);
+    case func_type::kPdu: return std::make_unique<Pdu>(args, m_pEfuses);
     default: return nullptr;
     }
 }

@@ -4,16 +4,21 @@
 
 #include "adapters/AlarmCtrlIf.h"
 #include "climate/ClimateCtrlIf.h"
+#include "hwu/EFuseCtrlIf.h"
 #include "hwu/HwuFactoryIf.h"
 
 class HwuUnitFactory : public HwuFactoryIf {
 public:
-    // Neither is owned; either may be NIL while its side does not exist.
-    HwuUnitFactory(ClimateCtrlIf* climate, AlarmCtrlIf* alarms) : m_pClimate(climate), m_pAlarms(alarms) {}
+    // None is owned; each may be NIL while its side does not exist.
+    HwuUnitFactory(ClimateCtrlIf* climate, AlarmCtrlIf* alarms, EFuseCtrlIf* efuses)
+        : m_pClimate(climate), m_pAlarms(alarms), m_pEfuses(efuses)
+    {
+    }
 
     std::unique_ptr<HwuStatusIf> createUnit(const HwuUnitArgs& args) override;
 
 private:
     ClimateCtrlIf* m_pClimate;
     AlarmCtrlIf* m_pAlarms;
+    EFuseCtrlIf* m_pEfuses;
 };

@@ -4,13 +4,18 @@
 
 #include "adapters/AlarmCtrlIf.h"
 #include "climate/ClimateCtrlIf.h"
+#include "hwu/EFuseCtrlIf.h"
 #include "hwu/testSupport/HwuNodeHarness.h"
 
 #include <string>
 #include <vector>
 
-class UnitSideRecorder : public ClimateCtrlIf, public AlarmCtrlIf {
+class UnitSideRecorder : public ClimateCtrlIf, public AlarmCtrlIf, public EFuseCtrlIf {
 public:
+    void efuseStatusChanged(const FuncId_t& pduId, std::uint32_t number, std::uint32_t state) override
+    {
+        log("efuse " + nameOf(pduId) + " " + std::to_string(number) + " " + std::to_string(state));
+    }
     void setSensorFault(std::uint32_t id) override { log("sensorFault " + std::to_string(id)); }
     void clearSensorFault(std::uint32_t id) override { log("sensorOk " + std::to_string(id)); }
     void addTempSensor(std::uint32_t funcType, std::int32_t setPoint, std::int32_t gain, std::int32_t tau,
