@@ -1,6 +1,7 @@
 #include "hwu/HwuUnitFactory.h"
 
 #include "frame/FuncType.h"
+#include "hwu/Bfu.h"
 #include "hwu/Clu.h"
 #include "hwu/Pdu.h"
 #include "hwu/Psu.h"
@@ -13,6 +14,7 @@ std::unique_ptr<HwuStatusIf> HwuUnitFactory::createUnit(const HwuUnitArgs& args)
     case func_type::kSau: return std::make_unique<Sau>(args, m_pAlarms);
     case func_type::kClu: return std::make_unique<Clu>(args, m_pClimate);
     case func_type::kPdu: return std::make_unique<Pdu>(args, m_pEfuses);
+    case func_type::kBfu: return std::make_unique<Bfu>(args, m_pPower);
     default: return nullptr;
     }
 }

@@ -6,12 +6,13 @@
 #include "climate/ClimateCtrlIf.h"
 #include "hwu/EFuseCtrlIf.h"
 #include "hwu/HwuFactoryIf.h"
+#include "power/PowerCtrlManagerIf.h"
 
 class HwuUnitFactory : public HwuFactoryIf {
 public:
     // None is owned; each may be NIL while its side does not exist.
-    HwuUnitFactory(ClimateCtrlIf* climate, AlarmCtrlIf* alarms, EFuseCtrlIf* efuses)
-        : m_pClimate(climate), m_pAlarms(alarms), m_pEfuses(efuses)
+    HwuUnitFactory(ClimateCtrlIf* climate, AlarmCtrlIf* alarms, EFuseCtrlIf* efuses, PowerCtrlManagerIf* power)
+        : m_pClimate(climate), m_pAlarms(alarms), m_pEfuses(efuses), m_pPower(power)
     {
     }
 
@@ -21,4 +22,5 @@ private:
     ClimateCtrlIf* m_pClimate;
     AlarmCtrlIf* m_pAlarms;
     EFuseCtrlIf* m_pEfuses;
+    PowerCtrlManagerIf* m_pPower;
 };

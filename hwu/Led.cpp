@@ -15,6 +15,16 @@ void Led::setLedState(std::uint32_t state)
     m_state = state;
 }
 
+bool Led::wireCode(std::uint32_t state, std::uint8_t& code)
+{
+    switch (state) {
+    case kOff: code = 0; return true;
+    case kSlowBlink: code = 1; return true;
+    case kSteadyOn: code = 2; return true;
+    default: return false;
+    }
+}
+
 const char* Led::text(std::uint32_t state)
 {
     static constexpr std::array<const char*, 5> kTexts{"LedState_NotApplicable", "LedState_NotAvailable",

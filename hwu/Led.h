@@ -24,6 +24,9 @@ public:
     void setLedState(std::uint32_t state);
 
     static const char* text(std::uint32_t state);
+    // The code of a fault LED state in the units' LED control items: off 0,
+    // slow blink 1, steady on 2. False for a state that has none.
+    static bool wireCode(std::uint32_t state, std::uint8_t& code);
 
 private:
     std::uint32_t m_type;

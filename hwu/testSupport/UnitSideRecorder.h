@@ -5,13 +5,16 @@
 #include "adapters/AlarmCtrlIf.h"
 #include "climate/ClimateCtrlIf.h"
 #include "hwu/EFuseCtrlIf.h"
+#include "power/PowerCtrlManagerIf.h"
 #include "hwu/testSupport/HwuNodeHarness.h"
 
 #include <string>
 #include <vector>
 
-class UnitSideRecorder : public ClimateCtrlIf, public AlarmCtrlIf, public EFuseCtrlIf {
+class UnitSideRecorder : public ClimateCtrlIf, public AlarmCtrlIf, public EFuseCtrlIf, public PowerCtrlManagerIf {
 public:
+    void statusChanged() override { ++m_powerNews; }
+    std::uint32_t m_powerNews = 0;
     void efuseStatusChanged(const FuncId_t& pduId, std::uint32_t number, std::uint32_t state) override
     {
         log("efuse " + nameOf(pduId) + " " + std::to_string(number) + " " + std::to_string(state));
