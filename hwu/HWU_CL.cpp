@@ -1,5 +1,6 @@
 #include "hwu/HWU_CL.h"
 
+#include "climate/FanGroupBits.h"
 #include "frame/FuncType.h"
 #include "frame/SscTrace.h"
 #include "frame/TimerService.h"
@@ -91,8 +92,7 @@ void HWU_CL::handleStatus(bool)
     const bool group4 = flag(m_cluStatus, kFanAlarmGroup4);
     if (group2 == flag(m_oldStatus, kFanAlarmGroup2) && group4 == flag(m_oldStatus, kFanAlarmGroup4)) return;
     if (m_pClimate == nullptr) return;
-    const std::uint8_t failures =
-        static_cast<std::uint8_t>((group2 ? kGroup2FailureBit : 0U) | (group4 ? kGroup4FailureBit : 0U));
+    const std::uint8_t failures = fan_group::toClimateByte({false, group2, false, group4});
     m_pClimate->fanGroupsFailure(kCabinet, failures, false, func_type::kClu);
     if (!isAvailable()) {
         SSC_TRACE(equipmentGroup(), kUnexpected, "CLU is not operational, setting LEDs to NOT AVAILABLE");

@@ -10,9 +10,6 @@
 class HWU_CL : public HWU_ImplBase, public HwuSubscriptions {
 public:
     enum Flag : unsigned { kFault = 0, kFanAlarmGroup2 = 1, kFanAlarmGroup4 = 2, kStartFlag = 9 };
-    // Bits of the fan group failure byte of the climate control.
-    static constexpr std::uint8_t kGroup2FailureBit = 1U << 6;
-    static constexpr std::uint8_t kGroup4FailureBit = 1U << 4;
 
     HWU_CL(const HwuUnitArgs& args, ClimateCtrlIf* climate);
     ~HWU_CL() override;

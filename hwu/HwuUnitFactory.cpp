@@ -6,6 +6,7 @@
 #include "hwu/Pdu.h"
 #include "hwu/Psu.h"
 #include "hwu/Sau.h"
+#include "hwu/Scu.h"
 
 std::unique_ptr<HwuStatusIf> HwuUnitFactory::createUnit(const HwuUnitArgs& args)
 {
@@ -15,6 +16,7 @@ std::unique_ptr<HwuStatusIf> HwuUnitFactory::createUnit(const HwuUnitArgs& args)
     case func_type::kClu: return std::make_unique<Clu>(args, m_pClimate);
     case func_type::kPdu: return std::make_unique<Pdu>(args, m_pEfuses);
     case func_type::kBfu: return std::make_unique<Bfu>(args, m_pPower);
+    case func_type::kScu: return std::make_unique<Scu>(args, HWU_SC::Collaborators{m_pAlarms, m_pCabinet, m_pClimate});
     default: return nullptr;
     }
 }

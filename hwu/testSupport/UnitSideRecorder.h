@@ -3,6 +3,7 @@
 // with its virtual time; sensors are numbered from 7 on.
 
 #include "adapters/AlarmCtrlIf.h"
+#include "cabinet/CabinetCtrlIf.h"
 #include "climate/ClimateCtrlIf.h"
 #include "hwu/EFuseCtrlIf.h"
 #include "power/PowerCtrlManagerIf.h"
@@ -11,8 +12,21 @@
 #include <string>
 #include <vector>
 
-class UnitSideRecorder : public ClimateCtrlIf, public AlarmCtrlIf, public EFuseCtrlIf, public PowerCtrlManagerIf {
+class UnitSideRecorder : public ClimateCtrlIf,
+                         public AlarmCtrlIf,
+                         public EFuseCtrlIf,
+                         public PowerCtrlManagerIf,
+                         public CabinetCtrlIf {
 public:
+    void notifySmokeDetectorStatusUpdated(std::uint32_t cabinet) override { log("smoke " + std::to_string(cabinet)); }
+    void notifyCabinetIdentifierUpdated(std::uint32_t cabinet, const std::string& identifier) override
+    {
+        log("identifier " + std::to_string(cabinet) + " " + identifier);
+    }
+    void setSmokeDetectorConfigured(std::uint32_t, bool configured) override { m_smokeConfigured = configured; }
+    bool getSmokeDetectorConfigured(std::uint32_t) override { return m_smokeConfigured; }
+    bool m_smokeConfigured = false;
+    std::array<bool, 5> m_fanGroupConfigured{false, true, true, true, true};
     void statusChanged() override { ++m_powerNews; }
     std::uint32_t m_powerNews = 0;
     void efuseStatusChanged(const FuncId_t& pduId, std::uint32_t number, std::uint32_t state) override
@@ -34,7 +48,10 @@ public:
         m_lastTemperature = degrees;
         m_lastSensor = id;
     }
-    bool isFanGroupConfigured(std::uint32_t, std::uint32_t) override { return true; }
+    bool isFanGroupConfigured(std::uint32_t, std::uint32_t group) override
+    {
+        return group < m_fanGroupConfigured.size() && m_fanGroupConfigured[group];
+    }
     void fanGroupsConnected(std::uint32_t cabinet, std::uint8_t flags, bool, std::uint32_t funcType) override
     {
         log("connected " + std::to_string(cabinet) + " " + std::to_string(flags) + " " + std::to_string(funcType));

@@ -1,0 +1,26 @@
+#pragma once
+// The climate control's fan group bytes hold fan group 1 in the top bit
+// (group g in bit 8 - g); the units' records hold group 1 first. This is the
+// one place where one becomes the other.
+
+#include <array>
+#include <cstdint>
+
+namespace fan_group {
+
+inline constexpr unsigned kGroups = 4;
+
+constexpr std::uint8_t bit(unsigned group) { return static_cast<std::uint8_t>(0x80U >> (group - 1)); }
+
+constexpr std::uint8_t toClimateByte(const std::array<bool, kGroups>& groups)
+{
+    std::uint8_t byte = 0;
+    for (unsigned group = 1; group <= kGroups; ++group)
+        if (groups[group - 1]) byte = static_cast<std::uint8_t>(byte | bit(group));
+    return byte;
+}
+
+static_assert(bit(1) == 0x80 && bit(2) == 0x40 && bit(4) == 0x10);
+static_assert(toClimateByte({true, false, false, true}) == 0x90);
+
+} // namespace fan_group
