@@ -40,6 +40,7 @@ inline constexpr std::int32_t kHwuFaulty = 21501;
 inline constexpr std::int32_t kHwuMissing = 21502;
 inline constexpr std::int32_t kFaultyHubPosition = 21503;
 inline constexpr std::int32_t kConflictingHubPosition = 21504;
+inline constexpr std::int32_t kHubPositionConflict = 21505;
 
 inline constexpr std::int32_t kEquipSupFuncFault = 22500;
 

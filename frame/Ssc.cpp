@@ -12,7 +12,16 @@
 #include "climate/ClimateCtrlServer.h"
 #include "frame/ActiveFaultsRegister.h"
 #include "frame/SscTrace.h"
+#include "hwu/BfuFacade.h"
+#include "hwu/CluFacade.h"
+#include "hwu/EquipmentCtrlManager.h"
+#include "hwu/HWU_Broker.h"
 #include "hwu/HdlcAddressFacade.h"
+#include "hwu/HwuUnitFactory.h"
+#include "hwu/PduFacade.h"
+#include "hwu/PsuFacade.h"
+#include "hwu/SauFacade.h"
+#include "hwu/ScuFacade.h"
 
 using namespace ssc_trace;
 
@@ -21,6 +30,12 @@ Ssc::Ssc() = default;
 Ssc::~Ssc() = default;
 
 void Ssc::setDispatcher(std::unique_ptr<SignalDispatcher> dispatcher) { m_pDispatcher = std::move(dispatcher); }
+
+void Ssc::createEquipmentManager()
+{
+    m_pEquipmentCtrlManager = std::make_unique<EquipmentCtrlManager>(*this, ActiveFaultsRegister::instance());
+    m_pEquipmentManager = m_pEquipmentCtrlManager.get();
+}
 
 SSC_Server* Ssc::getServer(ServerType type)
 {
@@ -43,15 +58,19 @@ void Ssc::bringUp(SSC_Server& server)
 void Ssc::initialize()
 {
     SignalDispatcher* dispatcher = m_pDispatcher.get();
+    ActiveFaultsRegister& faults = ActiveFaultsRegister::instance();
     // The node, external node and fan group facades come first, then the
     // hub position facade.
-    m_pHdlcAddressFacade = std::make_unique<HdlcAddressFacade>(ActiveFaultsRegister::instance());
+    m_pHdlcAddressFacade = std::make_unique<HdlcAddressFacade>(faults);
     m_pAlarmCtrlServer = std::make_unique<AlarmCtrlServer>(dispatcher);
     m_servers[0].pServer = m_pAlarmCtrlServer.get();
     m_pApcInciClient = std::make_unique<ApcInciClient>(dispatcher);
     m_pApcInciServer = std::make_unique<ApcInciServer>(dispatcher);
     m_servers[1].pServer = m_pApcInciServer.get();
-    // The unit broker, the cabinet and climate facades.
+    m_pUnitFactory = std::make_unique<HwuUnitFactory>();
+    m_pBroker = std::make_unique<HWU_Broker>(faults, *m_pUnitFactory);
+    m_pHwuBroker = m_pBroker.get();
+    // The cabinet and climate facades.
     m_pCmiAdapter = std::make_unique<CmiAdapter>(dispatcher);
     m_pClimateCtrlServer = std::make_unique<ClimateCtrlServer>(dispatcher);
     m_servers[2].pServer = m_pClimateCtrlServer.get();
@@ -59,7 +78,17 @@ void Ssc::initialize()
     m_pPmiAdapter = std::make_unique<PmiAdapter>(dispatcher);
     m_pPciAdapter = std::make_unique<PciAdapter>(dispatcher);
     m_pApcInciAdapter = std::make_unique<ApcInciAdapter>(dispatcher);
-    // The battery backup event handler and the unit facades.
+    // The battery backup event handler.
+    m_pScuFacade = std::make_unique<ScuFacade>(*this, faults);
+    m_pSauFacade = std::make_unique<SauFacade>(*this, faults);
+    m_pBfuFacade = std::make_unique<BfuFacade>(*this, faults);
+    m_pPsuFacade = std::make_unique<PsuFacade>(*this, faults);
+    m_pCluFacade = std::make_unique<CluFacade>(*this, faults);
+    m_pPduFacade = std::make_unique<PduFacade>(*this, faults);
+    m_pEFuseCtrl = m_pPduFacade.get();
+    // Units made from now on reach the sides that exist; the climate, alarm
+    // and power sides join them as they are built.
+    m_pUnitFactory->setSides(HwuUnitFactory::Sides{nullptr, nullptr, m_pEFuseCtrl, nullptr, m_pCabinetCtrl});
     m_pAlmAdapter = std::make_unique<AlmAdapter>(dispatcher);
     m_pEmiAdapter = std::make_unique<EmiAdapter>(dispatcher);
     // The adapters become the event handlers of the facades here.
@@ -89,6 +118,7 @@ void Ssc::bringUpServers()
 void Ssc::createManagers()
 {
     // The alarm control server subscribes to the unit broker, then the power
-    // and climate managers are made and the broker is started; they come
-    // with their subsystems.
+    // and climate managers are made; they come with their subsystems. Last,
+    // the broker starts and watches for the cabinet.
+    m_pBroker->start(*this);
 }

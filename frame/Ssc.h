@@ -19,8 +19,16 @@ class ApcInciClient;
 class ApcInciServer;
 class ClimateCtrlServer;
 class CmiAdapter;
+class BfuFacade;
+class CluFacade;
 class EmiAdapter;
+class EquipmentCtrlManager;
 class HdlcAddressFacade;
+class HwuUnitFactory;
+class PduFacade;
+class PsuFacade;
+class SauFacade;
+class ScuFacade;
 class PciAdapter;
 class PmiAdapter;
 
@@ -33,6 +41,8 @@ public:
 
     // Made by the process entry after the OS handler; Ssc keeps it.
     void setDispatcher(std::unique_ptr<SignalDispatcher> dispatcher);
+    // Made by the process entry before the graph, which reaches it.
+    void createEquipmentManager();
     SignalDispatcher* getDispatcher() { return m_pDispatcher.get(); }
 
     // Constructs the core's objects, wires them and brings up the servers:
@@ -43,6 +53,12 @@ public:
     void createManagers();
 
     HdlcAddressFacade* getHdlcAddressFacade() { return m_pHdlcAddressFacade.get(); }
+    ScuFacade* getScuFacade() { return m_pScuFacade.get(); }
+    SauFacade* getSauFacade() { return m_pSauFacade.get(); }
+    BfuFacade* getBfuFacade() { return m_pBfuFacade.get(); }
+    PduFacade* getPduFacade() { return m_pPduFacade.get(); }
+    PsuFacade* getPsuFacade() { return m_pPsuFacade.get(); }
+    CluFacade* getCluFacade() { return m_pCluFacade.get(); }
 
     // The server of that type; NIL (and a trace) for a type that does not exist.
     SSC_Server* getServer(ServerType type);
@@ -75,6 +91,7 @@ private:
                                          {ServerType::ApcInci, nullptr},
                                          {ServerType::ClimateControl, nullptr}}};
     EquipmentManagerIf* m_pEquipmentManager = nullptr;
+    std::unique_ptr<EquipmentCtrlManager> m_pEquipmentCtrlManager;
     std::unique_ptr<HdlcAddressFacade> m_pHdlcAddressFacade;
     std::unique_ptr<ClimateCtrlServer> m_pClimateCtrlServer;
     std::unique_ptr<AlarmCtrlServer> m_pAlarmCtrlServer;
@@ -82,12 +99,22 @@ private:
     std::unique_ptr<ApcInciServer> m_pApcInciServer;
     // The battery backup event handler and the facades stand here, in the
     // order in which they are made.
+    std::unique_ptr<ScuFacade> m_pScuFacade;
+    std::unique_ptr<SauFacade> m_pSauFacade;
+    std::unique_ptr<BfuFacade> m_pBfuFacade;
+    std::unique_ptr<PduFacade> m_pPduFacade;
+    std::unique_ptr<PsuFacade> m_pPsuFacade;
+    std::unique_ptr<CluFacade> m_pCluFacade;
     std::unique_ptr<AlmAdapter> m_pAlmAdapter;
     std::unique_ptr<PmiAdapter> m_pPmiAdapter;
     std::unique_ptr<EmiAdapter> m_pEmiAdapter;
     std::unique_ptr<CmiAdapter> m_pCmiAdapter;
     std::unique_ptr<PciAdapter> m_pPciAdapter;
     std::unique_ptr<ApcInciAdapter> m_pApcInciAdapter;
+    // The unit broker and what it makes units with; its units go first when
+    // the graph is taken down.
+    std::unique_ptr<HwuUnitFactory> m_pUnitFactory;
+    std::unique_ptr<HWU_Broker> m_pBroker;
     // Views handed out by the getters; each is set where its object is made.
     PowerCtrlManager* m_pPowerCtrlManager = nullptr;
     HWU_Broker* m_pHwuBroker = nullptr;

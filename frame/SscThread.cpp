@@ -60,11 +60,10 @@ void sscThreadMain(SscPlatformIf& platform)
     // Here: the EC bus link handler with the dispatcher, given to its
     // service, which registers its signals and sets the link up.
 
-    // Here: EquipmentCtrlManager with ssc.
+    ssc.createEquipmentManager();
 
+    // The unit broker is made here, among the first servers.
     ssc.initialize();
-
-    // Here: make sure the HWU_Broker exists; the equipment manager fetches it.
 
     ssc.createManagers();
 

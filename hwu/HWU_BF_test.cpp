@@ -34,7 +34,7 @@ protected:
     BfuIf& bfu() { return *dynamic_cast<BfuIf*>(m_pBroker->getHwu(kBfu1)); }
 
     UnitSideRecorder m_sides;
-    HwuUnitFactory m_units{&m_sides, &m_sides, &m_sides, &m_sides, &m_sides};
+    HwuUnitFactory m_units{{&m_sides, &m_sides, &m_sides, &m_sides, &m_sides}};
 };
 
 TEST_F(HwuBfuTest, WithItsAdditionalCapabilitiesABfuUsesExtendedStatusAndControlAndLightsItsLed)

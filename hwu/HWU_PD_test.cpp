@@ -56,7 +56,7 @@ protected:
     PduIf& pdu() { return *dynamic_cast<PduIf*>(m_pBroker->getHwu(kPdu1)); }
 
     UnitSideRecorder m_sides;
-    HwuUnitFactory m_units{&m_sides, &m_sides, &m_sides, &m_sides, &m_sides};
+    HwuUnitFactory m_units{{&m_sides, &m_sides, &m_sides, &m_sides, &m_sides}};
 };
 
 TEST_F(HwuPduTest, AFoundPduReportsEachOfItsSixteenEfusesAndTheSystemVoltage)

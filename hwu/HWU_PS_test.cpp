@@ -36,7 +36,7 @@ protected:
     PsuIf& psu() { return *dynamic_cast<PsuIf*>(m_pBroker->getHwu(kPsu1)); }
 
     UnitSideRecorder m_sides;
-    HwuUnitFactory m_units{&m_sides, &m_sides, &m_sides, &m_sides, &m_sides};
+    HwuUnitFactory m_units{{&m_sides, &m_sides, &m_sides, &m_sides, &m_sides}};
 };
 
 TEST_F(HwuPsuTest, AFoundPsuAddsItsHotSpotSensorAndReportsItsMeasurements)

@@ -26,7 +26,7 @@ protected:
     }
 
     UnitSideRecorder m_sides;
-    HwuUnitFactory m_units{&m_sides, &m_sides, &m_sides, &m_sides, &m_sides};
+    HwuUnitFactory m_units{{&m_sides, &m_sides, &m_sides, &m_sides, &m_sides}};
 };
 
 TEST_F(HwuSmallUnitsTest, AnSauPassesItsPortsOnAtEachPollAndGivesThemUpOnlyWhenMissing)

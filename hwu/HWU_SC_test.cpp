@@ -53,7 +53,7 @@ protected:
     HWU_SC& unitOf() { return dynamic_cast<Scu&>(scu()).unit(); }
 
     UnitSideRecorder m_sides;
-    HwuUnitFactory m_units{&m_sides, &m_sides, &m_sides, &m_sides, &m_sides};
+    HwuUnitFactory m_units{{&m_sides, &m_sides, &m_sides, &m_sides, &m_sides}};
 };
 
 TEST_F(HwuScuTest, AFoundScuReportsItsSensorPortsIdentifierAndFanGroups)

@@ -11,19 +11,24 @@
 
 class HwuUnitFactory : public HwuFactoryIf {
 public:
-    // None is owned; each may be NIL while its side does not exist.
-    HwuUnitFactory(ClimateCtrlIf* climate, AlarmCtrlIf* alarms, EFuseCtrlIf* efuses, PowerCtrlManagerIf* power,
-                   CabinetCtrlIf* cabinet)
-        : m_pClimate(climate), m_pAlarms(alarms), m_pEfuses(efuses), m_pPower(power), m_pCabinet(cabinet)
-    {
-    }
+    // None is owned; each may be NIL while its side does not exist yet.
+    struct Sides {
+        ClimateCtrlIf* climate = nullptr;
+        AlarmCtrlIf* alarms = nullptr;
+        EFuseCtrlIf* efuses = nullptr;
+        PowerCtrlManagerIf* power = nullptr;
+        CabinetCtrlIf* cabinet = nullptr;
+    };
+
+    HwuUnitFactory() = default;
+    explicit HwuUnitFactory(const Sides& sides) : m_sides(sides) {}
+
+    // The sides are made after the broker that uses this factory; units made
+    // from then on get them.
+    void setSides(const Sides& sides) { m_sides = sides; }
 
     std::unique_ptr<HwuStatusIf> createUnit(const HwuUnitArgs& args) override;
 
 private:
-    ClimateCtrlIf* m_pClimate;
-    AlarmCtrlIf* m_pAlarms;
-    EFuseCtrlIf* m_pEfuses;
-    PowerCtrlManagerIf* m_pPower;
-    CabinetCtrlIf* m_pCabinet;
+    Sides m_sides;
 };

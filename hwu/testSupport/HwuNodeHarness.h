@@ -66,18 +66,18 @@ class FakeSsc : public SscHandleIf {
 public:
     explicit FakeSsc(EquipmentManagerIf* equipment) : m_pEquipment(equipment) {}
     EquipmentManagerIf* getEquipmentManager() override { return m_pEquipment; }
+    HWU_Broker* getHwuBroker() override { return m_pBroker; }
+    EFuseCtrlIf* getEFuseCtrl() override { return nullptr; }
     PowerCtrlManager* getPowerCtrlManager() override { return nullptr; }
     ClimateCtrlServer* getClimateCtrlServer() override { return nullptr; }
     AlarmCtrlServer* getAlarmCtrlServer() override { return nullptr; }
-    HWU_Broker* getHwuBroker() override { return nullptr; }
     FanGroupEventIf* getFanGroupEventHandler() override { return nullptr; }
     CabinetCtrlIf* getCabinetCtrl() override { return nullptr; }
     CabinetObserverIf* getCabinetObserver() override { return nullptr; }
     CabinetFacade* getCabinetFacade() override { return nullptr; }
-    EFuseCtrlIf* getEFuseCtrl() override { return nullptr; }
 
-private:
     EquipmentManagerIf* m_pEquipment;
+    HWU_Broker* m_pBroker = nullptr;
 };
 
 class HwuNodeHarness : public PpBusHarness {
@@ -122,8 +122,8 @@ protected:
             WLPpCommunicationHandler pp(&dispatcher);
             PpCommunicationService::setHandler(&pp);
             HWU_Broker broker(m_faults, *m_pUnitFactory);
-            FakeSsc ssc(&m_recorder);
-            broker.start(ssc);
+            m_ssc.m_pBroker = &broker;
+            broker.start(m_ssc);
             broker.subscribeHWU(&m_recorder);
             m_pBroker = &broker;
             StepRunner runner(m_steps, broker);
@@ -149,6 +149,9 @@ protected:
     TestUnitFactory m_factory;
     HwuFactoryIf* m_pUnitFactory = &m_factory; // a test may make real units instead
     HwuRecorder m_recorder;
+    // The root as the units and facades see it; a test may give it another
+    // equipment manager before the node starts.
+    FakeSsc m_ssc{&m_recorder};
     HWU_Broker* m_pBroker = nullptr;
 
 private:
