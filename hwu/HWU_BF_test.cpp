@@ -132,4 +132,40 @@ TEST_F(HwuBfuTest, TheBatteryLedIsSteadyOnlyBelowTheVoltageLimitByMagnitude)
     EXPECT_EQ(*unit.get("set.batteryFaultLed"), 0);
 }
 
+TEST_F(HwuBfuTest, TheSummaryOverAllBfusCountsOnlyOperationalOnesAndGives999OverNone)
+{
+    std::vector<float> empty;
+    std::vector<bool> emptyFlags;
+    step(50, [&](HWU_Broker& broker) {
+        BfuStatusIf& all = broker.getBfuStatus();
+        empty = {all.getBatteryCurrent(), all.getAverageTemperature(), all.getLowestBatteryVoltage()};
+        emptyFlags = {all.allBfusOperational(), all.allBfusConnected(), all.allBfusHaveVoltageConnect()};
+    });
+    sim::SimUnit& first = plugIn();
+    sim::SimUnit& second = addUnit(UnitType::BFU, 1, 65);
+    second.set("batteryVoltage", -5300);
+    second.set("batteryCurrent", -100);
+    second.set("batteryTemperature", 35);
+    first.set("batteryCurrent", 50);
+    step(150, [](HWU_Broker& broker) { broker.configureHwu(FuncId_t{func_type::kBfu, 2}, "B1", 0, 0); });
+    std::vector<float> values;
+    std::vector<bool> flags;
+    float chargeLimit = 0;
+    step(5500, [&](HWU_Broker& broker) {
+        BfuStatusIf& all = broker.getBfuStatus();
+        values = {all.getBatteryCurrent(), all.getLowestCurrent(), all.getHighestCurrent(),
+                  all.getAverageTemperature(), all.getBatteryVoltage(), all.getLowestBatteryVoltage()};
+        flags = {all.allBfusOperational(), all.allBfusConnected(), all.isChargeCurrentHigh(4.0F, &chargeLimit),
+                 all.isDischargeOverload(), all.isBatteryVoltageBelowLimits()};
+    });
+    runNode(6000);
+    EXPECT_EQ(empty, (std::vector<float>{999.0F, 999.0F, 999.0F}));
+    EXPECT_EQ(emptyFlags, (std::vector<bool>{true, false, true}));
+    EXPECT_EQ(values, (std::vector<float>{-5.0F, -10.0F, 5.0F, 30.0F, -53.7F, -54.4F}));
+    // 5 A charging is above the 4 A asked about; nothing discharges near its
+    // limit; -54.4 V is above the -56.5 V limit.
+    EXPECT_EQ(flags, (std::vector<bool>{true, true, true, false, false}));
+    EXPECT_FLOAT_EQ(chargeLimit, 4.0F);
+}
+
 } // namespace

@@ -19,8 +19,38 @@ constexpr std::uint32_t kCascadeAddress = 96;
 } // namespace
 
 HWU_Broker::HWU_Broker(FaultsRegisterIf& faults, HwuFactoryIf& factory)
-    : m_pBusMonitor(std::make_unique<BusMonitor>(faults)), m_pFaults(&faults), m_pFactory(&factory)
+    : m_pBusMonitor(std::make_unique<BusMonitor>(faults)),
+      m_pFaults(&faults),
+      m_pFactory(&factory),
+      m_bfuStatus([this] {
+          std::vector<BfuIf*> bfus;
+          for (HwuStatusIf* unit : getUnits(kBfu))
+              if (auto* bfu = dynamic_cast<BfuIf*>(unit)) bfus.push_back(bfu);
+          return bfus;
+      })
 {
+}
+
+std::vector<HwuStatusIf*> HWU_Broker::getUnits(std::uint32_t funcType)
+{
+    std::vector<HwuStatusIf*> units;
+    const int index = listIndexOf(funcType);
+    if (index < 0) return units;
+    EC_LinkedListIterator<std::unique_ptr<HwuStatusIf>> it(m_units[static_cast<std::size_t>(index)]);
+    while (std::unique_ptr<HwuStatusIf>* unit = it.next()) units.push_back(unit->get());
+    return units;
+}
+
+ScuIf* HWU_Broker::getPrimaryScu(std::uint32_t cabinetFuncInst)
+{
+    ScuIf* last = nullptr;
+    for (HwuStatusIf* unit : getUnits(kScu)) {
+        auto* scu = dynamic_cast<ScuIf*>(unit);
+        if (scu == nullptr) continue;
+        last = scu;
+        if (scu->isOnPort1() && (m_dualBoxSupported || scu->getCabinetFuncInst() == cabinetFuncInst)) return scu;
+    }
+    return last;
 }
 
 HWU_Broker::~HWU_Broker()
