@@ -102,14 +102,14 @@ bool HWU_BF::fetchMeasurements()
 
 void HWU_BF::traceAndNotify(unsigned bit, const char* onText, const char* offText)
 {
-    SSC_TRACE(equipmentGroup(), kUnexpected, flag(bit) ? onText : offText);
+    SSC_TRACE(equipmentGroup(), kUnexpected, "%s", flag(bit) ? onText : offText);
     notifySubscribers(kBfuStatusChange);
 }
 
 void HWU_BF::raiseOrCease(unsigned bit, std::int32_t faultId, const char* raiseText, const char* ceaseText)
 {
     const bool raise = flag(bit);
-    SSC_TRACE(equipmentGroup(), kUnexpected, raise ? raiseText : ceaseText);
+    SSC_TRACE(equipmentGroup(), kUnexpected, "%s", raise ? raiseText : ceaseText);
     if (raise)
         m_pFaults->raiseFault(faultId, m_funcId);
     else
