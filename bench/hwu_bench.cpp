@@ -1,10 +1,12 @@
 // Supervision of a large cabinet: 60 configured units, each polled once a
-// second by its unit object under the broker, with the bus monitor's scans,
+// second by its unit object (PSU, BFU or PDU) under the broker, with the bus
+// monitor's scans,
 // for a simulated hour; beside the floor of the same number of bare status
 // polls through the PP handler. The wall time of the hour, divided by the
 // hour, is the share of one core that supervision takes at real speed.
 
 #include "frame/ActiveFaultsRegister.h"
+#include "frame/FuncType.h"
 #include "frame/HuntService.h"
 #include "frame/OsService.h"
 #include "frame/SignalDispatcher.h"
@@ -13,7 +15,7 @@
 #include "hwu/HdlcAddressBroker.h"
 #include "hwu/PpCommunicationService.h"
 #include "hwu/WLPpCommunicationHandler.h"
-#include "hwu/testSupport/TestUnit.h"
+#include "hwu/HwuUnitFactory.h"
 #include "platform/WLHuntHandler.h"
 #include "platform/WLOsHandler.h"
 #include "platform/WLTimerHandler.h"
@@ -114,7 +116,7 @@ void BM_SixtyUnitsSupervisedForAnHour(benchmark::State& state)
         cabinet.logCapacity = 0;
         sim::A4ciSimServer::start(world, world.defaultNode(), cabinet);
         ActiveFaultsRegister faults;
-        TestUnitFactory factory;
+        HwuUnitFactory factory;
         std::uint32_t available = 0;
         startCore(world, [&](SignalDispatcher& dispatcher) {
             HWU_Broker broker(faults, factory);
@@ -125,12 +127,13 @@ void BM_SixtyUnitsSupervisedForAnHour(benchmark::State& state)
             struct Count : TimerObserverIf {
                 void timeout(TimerId) override
                 {
-                    for (TestUnit* unit : made) *count += unit->isAvailable();
+                    for (std::uint32_t funcType : {func_type::kPsu, func_type::kBfu, func_type::kPdu})
+                        for (HwuStatusIf* unit : broker->getUnits(funcType)) *count += unit->isAvailable();
                 }
-                std::vector<TestUnit*> made;
+                HWU_Broker* broker = nullptr;
                 std::uint32_t* count = nullptr;
             } count;
-            count.made = factory.m_made;
+            count.broker = &broker;
             count.count = &available;
             TimerService::startTimer(static_cast<std::uint32_t>(kHourMs - 500), 1, &count, 0);
             dispatcher.run();
