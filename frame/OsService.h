@@ -27,6 +27,14 @@ public:
     static void delay(std::uint32_t ms);
     static ose::PROCESS currentProcess();
 
+    // A typed view of a received signal, or NIL when it is shorter than T:
+    // no length that arrives from outside is trusted.
+    template <typename T>
+    static const T* view(ose::Signal* signal)
+    {
+        return signal != nullptr && sigsize(signal) >= sizeof(T) ? reinterpret_cast<const T*>(signal) : nullptr;
+    }
+
     // A typed buffer of T's size with the number set.
     template <typename T>
     static T* allocAs(ose::SIGSELECT sigNo)

@@ -90,7 +90,15 @@ void Ssc::initialize()
     // and power sides join them as they are built.
     m_pUnitFactory->setSides(HwuUnitFactory::Sides{nullptr, nullptr, m_pEFuseCtrl, nullptr, m_pCabinetCtrl});
     m_pAlmAdapter = std::make_unique<AlmAdapter>(dispatcher);
-    m_pEmiAdapter = std::make_unique<EmiAdapter>(dispatcher);
+    m_pEmiAdapter = std::make_unique<EmiAdapter>(
+        dispatcher, EmiAdapter::Facades{m_pScuFacade.get(), m_pSauFacade.get(), m_pPsuFacade.get(),
+                                        m_pPduFacade.get(), m_pBfuFacade.get(), m_pCluFacade.get()});
+    // The equipment interface hears what the units and the restarts tell.
+    m_pEquipmentManager->setEventHandler(m_pEmiAdapter.get());
+    for (HwuFacade* facade : std::initializer_list<HwuFacade*>{m_pScuFacade.get(), m_pSauFacade.get(),
+                                                               m_pBfuFacade.get(), m_pPduFacade.get(),
+                                                               m_pPsuFacade.get(), m_pCluFacade.get()})
+        facade->setEventHandler(m_pEmiAdapter.get());
     // The adapters become the event handlers of the facades here.
     bringUpServers();
 }
