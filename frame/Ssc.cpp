@@ -94,7 +94,7 @@ void Ssc::initialize()
         dispatcher, EmiAdapter::Facades{m_pScuFacade.get(), m_pSauFacade.get(), m_pPsuFacade.get(),
                                         m_pPduFacade.get(), m_pBfuFacade.get(), m_pCluFacade.get()});
     // The equipment interface hears what the units and the restarts tell.
-    m_pEquipmentManager->setEventHandler(m_pEmiAdapter.get());
+    if (m_pEquipmentManager != nullptr) m_pEquipmentManager->setEventHandler(m_pEmiAdapter.get());
     for (HwuFacade* facade : std::initializer_list<HwuFacade*>{m_pScuFacade.get(), m_pSauFacade.get(),
                                                                m_pBfuFacade.get(), m_pPduFacade.get(),
                                                                m_pPsuFacade.get(), m_pCluFacade.get()})
