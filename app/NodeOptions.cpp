@@ -23,6 +23,9 @@ const char* nodeUsage()
            "  --site FILE           run the simulated cabinet of that site file as the bus server\n"
            "                        \"A4ciServer\"; without it an outside program may be the bus\n"
            "  --demo                start the kernel demonstration processes (echo, pinger, ticker)\n"
+           "  --configure-site      with --site: configure every unit of the site over the equipment\n"
+           "                        management interface at start, as the object layer will, and\n"
+           "                        trace their status and faults (trace group site, level 4)\n"
            "  --run-for MS          stop after MS of world time\n"
            "  --help                this text\n"
            "  --version             the program's version\n"
@@ -57,6 +60,7 @@ bool parseNodeOptions(const std::vector<std::string>& args, NodeOptions& options
         if (arg == "--help" || arg == "-h") options.help = true;
         else if (arg == "--version") options.version = true;
         else if (arg == "--demo") options.demo = true;
+        else if (arg == "--configure-site") options.configureSite = true;
         else if (arg == "--hold-clock") options.holdClock = true;
         else if (arg == "--data-dir") { if (!value(options.dataDir)) return false; }
         else if (arg == "--socket") { if (!value(options.socketPath)) return false; }
@@ -88,6 +92,10 @@ bool parseNodeOptions(const std::vector<std::string>& args, NodeOptions& options
     }
     if (options.holdClock && options.clock.mode != ose::ClockMode::Virtual) {
         error = "--hold-clock needs --clock virtual: only virtual time can stand still";
+        return false;
+    }
+    if (options.configureSite && options.site.empty()) {
+        error = "--configure-site needs --site: it configures the units of that site";
         return false;
     }
     if (options.socketPath.empty()) options.socketPath = options.dataDir + "/ssc.sock";

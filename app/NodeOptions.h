@@ -21,6 +21,7 @@ struct NodeOptions {
     std::string site;           // a simulated cabinet's site file; empty: no simulated bus
     bool holdClock = false;     // virtual clock: stand still until a time-holding client connects
     bool demo = false;
+    bool configureSite = false; // configure the site's units over EMI, as the object layer will
     std::optional<std::uint64_t> runForMs;
     bool help = false;
     bool version = false;

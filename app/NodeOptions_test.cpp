@@ -18,6 +18,9 @@ TEST(NodeOptionsTest, DefaultsPutTheSocketInTheDataDirectory)
     ASSERT_TRUE(parseNodeOptions({"--clock", "virtual", "--hold-clock", "--site", "cab.xml"}, options, error));
     EXPECT_TRUE(options.holdClock);
     EXPECT_EQ(options.site, "cab.xml");
+    EXPECT_FALSE(options.configureSite);
+    ASSERT_TRUE(parseNodeOptions({"--site", "cab.xml", "--configure-site"}, options, error));
+    EXPECT_TRUE(options.configureSite);
 }
 
 TEST(NodeOptionsTest, MistakesAreNamedInPlainWords)
@@ -33,7 +36,8 @@ TEST(NodeOptionsTest, MistakesAreNamedInPlainWords)
                           Case{{"--calendar-start", "yesterday"}, "YYYY-MM-DD"},
                           Case{{"--node", ""}, "must not be empty"},
                           Case{{"--hold-clock"}, "--hold-clock needs --clock virtual"},
-                          Case{{"--site"}, "--site needs a value"}}) {
+                          Case{{"--site"}, "--site needs a value"},
+                          Case{{"--configure-site"}, "--configure-site needs --site"}}) {
         NodeOptions options;
         std::string error;
         EXPECT_FALSE(parseNodeOptions(c.args, options, error)) << c.args[0];

@@ -2,6 +2,7 @@
 // outside programs.
 
 #include "app/DemoProcesses.h"
+#include "app/SiteConfigurator.h"
 #include "app/NodeOptions.h"
 #include "ose/Gateway.h"
 #include "ose/Trace.h"
@@ -136,6 +137,7 @@ int main(int argc, char** argv)
     if (!options.site.empty()) sim::A4ciSimServer::start(world, node, cabinet);
     createCoreProcess(world, node);
     if (options.demo) demo::startDemoProcesses(world, node);
+    if (options.configureSite) site::startSiteConfigurator(world, node, cabinet);
     {
         StopOnSignals stopOnSignals(world);
         if (options.runForMs) world.runFor(*options.runForMs);

@@ -1,0 +1,188 @@
+// The equipment management interface from outside: a node with its
+// simulated cabinet, driven only through its gateway on the virtual clock.
+
+#include "adapters/EmiSignals.h"
+#include "ose/GatewayClient.h"
+#include "sim/SimControlSignals.h"
+#include "tests/system/NodeProcess.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <fstream>
+#include <sstream>
+
+namespace systemtest {
+namespace {
+
+using namespace std::chrono_literals;
+using namespace emi;
+
+template <typename T>
+std::string bytesOf(const T& layout)
+{
+    return std::string(reinterpret_cast<const char*>(&layout), sizeof layout);
+}
+
+template <typename T>
+T layoutOf(const std::string& bytes)
+{
+    T layout{};
+    std::memcpy(&layout, bytes.data(), std::min(bytes.size(), sizeof layout));
+    return layout;
+}
+
+std::string readFile(const std::string& path)
+{
+    std::ifstream in(path);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+std::string traceFile(const char* name)
+{
+    std::string path = ::testing::TempDir() + name;
+    std::remove(path.c_str());
+    return path;
+}
+
+template <typename T>
+std::string emiSignal(T body, ose::SIGSELECT sigNo, std::uint16_t objectType, std::uint32_t objectId)
+{
+    auto& header = reinterpret_cast<EMI_HEADER_S&>(body);
+    header.sigNo = sigNo;
+    header.clientRef = 5;
+    header.objectType = objectType;
+    header.objectId = objectId;
+    return bytesOf(body);
+}
+
+std::string configure(std::uint16_t objectType, std::uint32_t objectId, const char* hubPosition)
+{
+    EMI_SET_CONFIG_HWU_REQ_S body{};
+    std::strncpy(body.hubPosition, hubPosition, sizeof body.hubPosition - 1);
+    return emiSignal(body, EMI_SET_CONFIG_REQ, objectType, objectId);
+}
+
+// The next signal of that number, skipping others; none within the wall time.
+std::optional<ose::GatewayEvent> nextOf(ose::GatewayClient& client, std::uint32_t sigNo)
+{
+    for (int i = 0; i < 50; ++i) {
+        auto event = client.next(5s);
+        if (!event) return std::nullopt;
+        if (event->kind == ose::GatewayEvent::Kind::Signal && event->sigNo() == sigNo) return event;
+    }
+    return std::nullopt;
+}
+
+TEST(EmiSystemTest, ANodeThatConfiguresItsSiteHasEveryUnitOperationalWithinSeconds)
+{
+    const std::string trace = traceFile("emi_site_trace.txt");
+    NodeProcess node({"--clock", "virtual", "--hold-clock", "--site", SSC_SOURCE_DIR "/sim/sites/default.xml",
+                      "--configure-site", "--trace", "site:4", "--trace-file", trace});
+    ose::GatewayClient tester;
+    ASSERT_TRUE(tester.connect(node.socketPath(), "tester", true)) << tester.lastError();
+    ASSERT_TRUE(tester.advanceBy(6000));
+    EXPECT_EQ(node.stop(), 0);
+    const std::string text = readFile(trace);
+    for (const char* unit : {"SCU-1", "SAU-1", "CLU-1", "PSU-1", "BFU-1", "PDU-1"})
+        EXPECT_NE(text.find(std::string(unit) + ": operational, operational LED SteadyOn, fault LED Off"),
+                  std::string::npos)
+            << unit << "\n"
+            << text;
+}
+
+TEST(EmiSystemTest, AClientConfiguresAUnitSeesItComeUpAndSeesItsFaultComeAndGo)
+{
+    NodeProcess node({"--clock", "virtual", "--hold-clock", "--site", SSC_SOURCE_DIR "/sim/sites/default.xml"});
+    ose::GatewayClient client;
+    ASSERT_TRUE(client.connect(node.socketPath(), "emi_client", true)) << client.lastError();
+    ASSERT_TRUE(client.advanceBy(10));
+    auto server = client.hunt(kServerName, 0);
+    ASSERT_TRUE(server && *server != 0);
+    auto bus = client.hunt("A4ciServer", 0);
+    ASSERT_TRUE(bus && *bus != 0);
+
+    ASSERT_TRUE(client.send(*server, configure(kPsu, 1, "A1")));
+    auto cfm = nextOf(client, EMI_SET_CONFIG_CFM);
+    ASSERT_TRUE(cfm);
+    EXPECT_EQ(layoutOf<EMI_HEADER_S>(cfm->bytes).clientRef, 5u);
+    ASSERT_TRUE(client.send(*server, emiSignal(EMI_REQ_S{}, EMI_SUBSCRIBE_RESOURCE_DATA_REQ, kPsu, 1)));
+    // The core polls the new unit at once and waits for the bus: a little
+    // time must pass before it reads the next request.
+    ASSERT_TRUE(client.advanceBy(100));
+    ASSERT_TRUE(nextOf(client, EMI_SUBSCRIBE_RESOURCE_DATA_CFM));
+    auto first = nextOf(client, EMI_RESOURCE_DATA_UPDATE_IND);
+    ASSERT_TRUE(first);
+    EXPECT_EQ(layoutOf<EMI_RESOURCE_DATA_S>(first->bytes).words[0], 0);
+
+    ASSERT_TRUE(client.advanceBy(6000));
+    bool operational = false;
+    while (auto update = nextOf(client, EMI_RESOURCE_DATA_UPDATE_IND))
+        if ((operational = layoutOf<EMI_RESOURCE_DATA_S>(update->bytes).words[0] == 1)) break;
+    EXPECT_TRUE(operational);
+
+    // Silenced on the bus: missing after thirty polls.
+    simctl::SIM_FAULT_REQ_S silence{};
+    silence.sigNo = simctl::SIM_FAULT_REQ;
+    silence.port = 1;
+    silence.address = 48;
+    silence.kind = static_cast<std::uint16_t>(simctl::FaultKind::Silent);
+    ASSERT_TRUE(client.send(*bus, bytesOf(silence)));
+    ASSERT_TRUE(client.advanceBy(35000));
+    auto fault = nextOf(client, EMI_FAULT_IND);
+    ASSERT_TRUE(fault);
+    EXPECT_EQ(layoutOf<EMI_FAULT_IND_S>(fault->bytes).faultType, 0);
+    silence.kind = static_cast<std::uint16_t>(simctl::FaultKind::Clear);
+    ASSERT_TRUE(client.send(*bus, bytesOf(silence)));
+    ASSERT_TRUE(client.advanceBy(8000));
+    auto cease = nextOf(client, EMI_FAULT_CEASE_IND);
+    ASSERT_TRUE(cease);
+    EXPECT_EQ(layoutOf<EMI_FAULT_IND_S>(cease->bytes).faultType, 0);
+    EXPECT_EQ(node.stop(), 0);
+}
+
+TEST(EmiSystemTest, MalformedAndUnknownRequestsAreRefusedOrDroppedAndTheServerGoesOn)
+{
+    NodeProcess node({"--clock", "virtual", "--hold-clock", "--site", SSC_SOURCE_DIR "/sim/sites/default.xml"});
+    ose::GatewayClient client;
+    ASSERT_TRUE(client.connect(node.socketPath(), "emi_client", true)) << client.lastError();
+    ASSERT_TRUE(client.advanceBy(10));
+    auto server = client.hunt(kServerName, 0);
+    ASSERT_TRUE(server && *server != 0);
+
+    // Short: dropped. Header only: refused. Over-long: read as far as needed.
+    std::string shortSignal(8, '\0');
+    shortSignal[2] = 0x45;
+    shortSignal[3] = 0x01;
+    shortSignal[1] = 0x70;
+    shortSignal[0] = 0x01;
+    ASSERT_TRUE(client.send(*server, shortSignal));
+    ASSERT_TRUE(client.send(*server, emiSignal(EMI_REQ_S{}, EMI_SET_CONFIG_REQ, kPsu, 3)));
+    auto refused = nextOf(client, EMI_SET_CONFIG_REJ);
+    ASSERT_TRUE(refused);
+    EXPECT_EQ(layoutOf<EMI_REJ_S>(refused->bytes).errorCode, 0);
+    std::string longSignal = configure(kPsu, 4, "A2") + std::string(4000, 'x');
+    ASSERT_TRUE(client.send(*server, longSignal));
+    ASSERT_TRUE(nextOf(client, EMI_SET_CONFIG_CFM));
+    ASSERT_TRUE(client.advanceBy(100));
+
+    // Never configured: errorCode 1 everywhere.
+    for (std::uint32_t sigNo : {EMI_GET_RESOURCE_DATA_REQ, EMI_SUBSCRIBE_RESOURCE_DATA_REQ, EMI_GET_UNIT_PRODUCT_DATA_REQ,
+                                EMI_GET_UNIT_MEASUREMENT_DATA_REQ})
+        ASSERT_TRUE(client.send(*server, emiSignal(EMI_REQ_S{}, sigNo, kBfu, 9)));
+    ASSERT_TRUE(client.advanceBy(100));
+    for (std::uint32_t sigNo : {EMI_GET_RESOURCE_DATA_REJ, EMI_SUBSCRIBE_RESOURCE_DATA_REJ,
+                                EMI_GET_UNIT_PRODUCT_DATA_REJ, EMI_GET_UNIT_MEASUREMENT_DATA_REJ}) {
+        auto rej = nextOf(client, sigNo);
+        ASSERT_TRUE(rej) << std::hex << sigNo;
+        EXPECT_EQ(layoutOf<EMI_REJ_S>(rej->bytes).errorCode, 1);
+    }
+    ASSERT_TRUE(client.send(*server, emiSignal(EMI_REQ_S{}, EMI_DELETE_CONFIG_REQ, kBfu, 9)));
+    EXPECT_TRUE(nextOf(client, EMI_DELETE_CONFIG_CFM));
+    EXPECT_EQ(node.stop(), 0);
+}
+
+} // namespace
+} // namespace systemtest
