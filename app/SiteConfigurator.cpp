@@ -1,9 +1,9 @@
 #include "app/SiteConfigurator.h"
 
 #include "adapters/EmiSignals.h"
+#include "app/EmiText.h"
 #include "frame/FuncType.h"
 #include "hwu/HdlcAddressBroker.h"
-#include "hwu/Led.h"
 
 #include "ose/Kernel.h"
 #include "ose/Trace.h"
@@ -60,7 +60,7 @@ std::vector<Unit> unitsOf(const sim::SimCabinet& cabinet)
         std::string position(Hdlc::getHubPosition(kind.funcType, simUnit->address()));
         if (simUnit->port() == Hdlc::kAuxPort) position = "AUX " + position;
         unit.hubPosition = position;
-        unit.name = std::string(func_type::text(kind.funcType)) + "-" + std::to_string(unit.objectId);
+        unit.name = emi_text::objectName(unit.objectType, unit.objectId);
         units.push_back(unit);
     }
     return units;
@@ -77,34 +77,6 @@ void sendTo(ose::PROCESS server, T body, ose::SIGSELECT sigNo, const Unit& unit)
     ose::Signal* signal = ose::alloc(sizeof(T), sigNo);
     std::memcpy(static_cast<void*>(signal), &body, sizeof(T));
     ose::send(&signal, server);
-}
-
-const char* faultText(std::uint16_t faultType)
-{
-    static constexpr std::array<const char*, 14> kTexts{
-        "unit missing",
-        "BFU circuit breaker fault",
-        "PSU input voltage high or low",
-        "general hardware error",
-        "BFU temperature fault",
-        "PSU high temperature, class 2",
-        "PSU low temperature, class 2",
-        "PSU high temperature, class 1",
-        "PSU low temperature, class 1",
-        "fault type 9",
-        "no HDLC address for the hub position",
-        "HDLC address or port already in use",
-        "fault type 12",
-        "hub position conflict"};
-    return faultType < kTexts.size() ? kTexts[faultType] : "unknown fault type";
-}
-
-std::string ledText(std::uint16_t state)
-{
-    // "LedState_SteadyOn" reads as "SteadyOn".
-    const std::string text = Led::text(state);
-    const std::size_t cut = text.find('_');
-    return cut == std::string::npos ? text : text.substr(cut + 1);
 }
 
 class Configurator {
@@ -130,44 +102,11 @@ public:
     }
 
 private:
-    const Unit* unitOf(const EMI_HEADER_S& header) const
-    {
-        for (const Unit& unit : m_units)
-            if (unit.objectType == header.objectType && unit.objectId == header.objectId) return &unit;
-        return nullptr;
-    }
-
     void report(ose::Signal* signal)
     {
-        if (ose::sigsize(&signal) < sizeof(EMI_HEADER_S)) return;
-        EMI_RESOURCE_DATA_S in{};
-        std::memcpy(&in, signal, std::min<std::size_t>(sizeof in, ose::sigsize(&signal)));
-        const Unit* unit = unitOf(in.header);
-        if (unit == nullptr) return;
-        const char* name = unit->name.c_str();
-        switch (ose::signalNumber(signal)) {
-        case EMI_RESOURCE_DATA_UPDATE_IND:
-            SSC_TRACE(group(), 4, "%s: %s, operational LED %s, fault LED %s", name,
-                      in.words[0] != 0 ? "operational" : "not operational", ledText(in.words[1]).c_str(),
-                      ledText(in.words[2]).c_str());
-            break;
-        case EMI_FAULT_IND:
-        case EMI_FAULT_CEASE_IND: {
-            EMI_FAULT_IND_S fault{};
-            std::memcpy(&fault, &in, sizeof fault);
-            SSC_TRACE(group(), 4, "%s: fault %s: %s", name,
-                      ose::signalNumber(signal) == EMI_FAULT_IND ? "raised" : "ceased", faultText(fault.faultType));
-            break;
-        }
-        case EMI_SET_CONFIG_REJ:
-        case EMI_SUBSCRIBE_RESOURCE_DATA_REJ: {
-            EMI_REJ_S rej{};
-            std::memcpy(&rej, &in, sizeof rej);
-            SSC_TRACE(group(), 4, "%s: refused, errorCode %u", name, static_cast<unsigned>(rej.errorCode));
-            break;
-        }
-        default: break;
-        }
+        const std::string bytes(reinterpret_cast<const char*>(signal), ose::sigsize(&signal));
+        const std::string line = emi_text::describe(bytes);
+        if (!line.empty()) SSC_TRACE(group(), 4, "%s", line.c_str());
     }
 
     std::vector<Unit> m_units;

@@ -3,6 +3,7 @@
 #include "ose/BigEndian.h"
 #include "ose/Clock.h"
 #include "app/GatewayTransactionPort.h"
+#include "app/SscctlEmi.h"
 #include "ose/GatewayClient.h"
 #include "platform/VantoTransactionMgmtClient.h"
 
@@ -32,6 +33,16 @@ const char* sscctlUsage()
            "                                   play the management client's part of a transaction: create it,\n"
            "                                   hand over each statement, then commit (or roll back)\n"
            "  trace CONFIG                     change trace groups and levels, e.g. 'demo:7,gateway:1-6'\n"
+           "  emi STEP...                      talk to the equipment interface, the steps in order on one\n"
+           "                                   connection (configurations belong to the client that made them):\n"
+           "                                     configure TYPE ID POSITION   (POSITION: A1, 'AUX A3', - for none)\n"
+           "                                     subscribe|status|product|measure|reset|delete TYPE ID\n"
+           "                                     watch MS   print status and faults for MS (world time on a\n"
+           "                                                virtual clock, else wall time)\n"
+           "                                   TYPE: scu, sau, psu, pdu, bfu, efuse, clu. One line per answer.\n"
+           "  sim silence|clear|restart ADDRESS [PORT] | sim replace ADDRESS SERIAL [PORT]\n"
+           "                                   fault injection on the simulated bus: a unit stops answering,\n"
+           "                                   answers again, restarts, or is replaced (serial SIM<SERIAL>)\n"
            "\n"
            "Options:\n"
            "  --socket PATH   the node's gateway socket (default: $SSC_SOCKET, else ssc-data/ssc.sock)\n"
@@ -120,6 +131,14 @@ bool parseVerbArgs(ArgReader& in, SscctlCommand& command)
     }
     case Verb::Advance: if (!in.number(command.advanceMs, "the milliseconds to advance")) return false; break;
     case Verb::Trace: if (!in.take(command.traceConfig, "the trace configuration")) return false; break;
+    case Verb::Emi:
+        command.words.assign(in.args.begin() + static_cast<long>(in.i), in.args.end());
+        in.i = in.args.size();
+        return checkEmiSteps(command.words, in.error);
+    case Verb::Sim:
+        command.words.assign(in.args.begin() + static_cast<long>(in.i), in.args.end());
+        in.i = in.args.size();
+        return checkSimArgs(command.words, in.error);
     default: break;
     }
     while (in.more()) {
@@ -166,6 +185,7 @@ bool parseSscctl(const std::vector<std::string>& args, SscctlCommand& command, s
     static const std::pair<const char*, Verb> verbs[] = {{"hunt", Verb::Hunt}, {"send", Verb::Send},
                                                           {"recv", Verb::Recv}, {"time", Verb::Time},
                                                           {"advance", Verb::Advance}, {"trace", Verb::Trace}, {"transaction", Verb::Transaction},
+                                                          {"emi", Verb::Emi}, {"sim", Verb::Sim},
                                                           {"help", Verb::Help}};
     for (auto [name, verb] : verbs)
         if (word == name) {
@@ -299,6 +319,8 @@ int runVerb(const SscctlCommand& command, ose::GatewayClient& client, std::ostre
         return kDone;
     case Verb::Transaction:
         return runTransaction(command, client, out, err);
+    case Verb::Emi: return runEmi(command.words, client, out, err);
+    case Verb::Sim: return runSim(command.words, client, out, err);
     case Verb::Help:
         out << sscctlUsage();
         return kDone;

@@ -34,12 +34,36 @@ TEST(SscctlCommandTest, BadCommandLinesAreRefusedWithAReason)
                           Case{{"send", "echo", "12", "abc"}, "hex digits in pairs"},
                           Case{{"send", "echo", "99999999999"}, "must be a number"},
                           Case{{"hunt", "x", "--reply", "5"}, "unexpected '--reply'"},
-                          Case{{"advance", "-5"}, "must be a number"}}) {
+                          Case{{"advance", "-5"}, "must be a number"},
+                          Case{{"emi"}, "at least one step"},
+                          Case{{"emi", "configure", "psu", "1"}, "needs 3 more words"},
+                          Case{{"emi", "status", "fan", "1"}, "needs a unit type"},
+                          Case{{"emi", "status", "psu", "x"}, "needs a unit type"},
+                          Case{{"emi", "watch", "soon"}, "watch needs milliseconds"},
+                          Case{{"emi", "explode", "psu", "1"}, "unknown emi step 'explode'"},
+                          Case{{"sim", "melt", "48"}, "sim needs"},
+                          Case{{"sim", "replace", "48"}, "sim needs"},
+                          Case{{"sim", "silence", "a0"}, "not a number"}}) {
         SscctlCommand command;
         std::string error;
         EXPECT_FALSE(parseSscctl(c.args, command, error));
         EXPECT_NE(error.find(c.expected), std::string::npos) << error;
     }
+}
+
+TEST(SscctlCommandTest, EmiTakesItsStepsInOrderAndSimItsFault)
+{
+    SscctlCommand command;
+    std::string error;
+    ASSERT_TRUE(parseSscctl({"emi", "configure", "PSU", "1", "AUX A3", "subscribe", "3", "1", "watch", "6000",
+                             "product", "bfu", "2"},
+                            command, error))
+        << error;
+    EXPECT_EQ(command.verb, SscctlCommand::Verb::Emi);
+    EXPECT_EQ(command.words.size(), 12u);
+    ASSERT_TRUE(parseSscctl({"sim", "replace", "48", "12345", "2"}, command, error)) << error;
+    EXPECT_EQ(command.verb, SscctlCommand::Verb::Sim);
+    EXPECT_EQ(command.words, (std::vector<std::string>{"replace", "48", "12345", "2"}));
 }
 
 TEST(SscctlCommandTest, AnUnreachableNodeGivesExitCodeThree)

@@ -95,6 +95,13 @@ bool HWU_Broker::configureHwu(const FuncId_t& funcId, std::string_view hubPositi
                   funcId.FuncType);
         return false;
     }
+    // A second client's configuration of a unit that exists finds it there:
+    // a second object would take the same address and never poll.
+    if (getHwu(funcId) != nullptr) {
+        SSC_TRACE(equipmentGroup(), kUnexpected, "HWU_Broker::configureHwu: %s-%d is configured already; it stays as it is",
+                  text(funcId.FuncType), funcId.FuncInst);
+        return true;
+    }
     HdlcAddress address;
     std::string position;
     if (resolve(funcId, hubPosition, cascadingOrder, address, position)) {

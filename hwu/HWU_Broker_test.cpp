@@ -110,6 +110,20 @@ TEST_F(HwuBrokerTest, ASecondUnitOnATakenAddressIsNamedAlreadyInUseAndStaysDead)
     EXPECT_THAT(m_recorder.m_broker, ElementsAre("operational PSU-1 @4s", "removed PSU-2 @8s"));
 }
 
+TEST_F(HwuBrokerTest, ASecondConfigurationOfAUnitThatExistsLeavesItAsItIs)
+{
+    addUnit(UnitType::PSU, 1, 48);
+    step(100, [](HWU_Broker& broker) { broker.configureHwu(kPsu1, "A1", 0, 0); });
+    step(5000, [](HWU_Broker& broker) {
+        EXPECT_TRUE(broker.configureHwu(kPsu1, "A1", 0, 0));
+        EXPECT_EQ(broker.getPsuCount(), 1u);
+    });
+    runNode(12000);
+    EXPECT_EQ(m_factory.m_made.size(), 1u);
+    EXPECT_TRUE(m_pBroker->getHwu(kPsu1)->isAvailable() || m_pBroker->getHwu(kPsu1)->isCommunicating());
+    EXPECT_THAT(m_recorder.m_faults, IsEmpty());
+}
+
 TEST_F(HwuBrokerTest, TheFirstScuAddressAndTheCascadeAreOnePlace)
 {
     TraceCapture trace("supSysCtrlEquipment:5");

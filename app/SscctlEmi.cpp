@@ -1,0 +1,215 @@
+#include "app/SscctlEmi.h"
+
+#include "adapters/EmiSignals.h"
+#include "app/EmiText.h"
+#include "app/SscctlCommand.h"
+#include "sim/SimControlSignals.h"
+
+#include <cstring>
+#include <ostream>
+
+namespace app {
+
+using namespace emi;
+
+namespace {
+
+struct Step {
+    std::string verb;
+    std::uint16_t objectType = 0;
+    std::uint32_t objectId = 0;
+    std::string hubPosition;
+    std::uint64_t ms = 0;
+};
+
+// How many words each step takes after its own.
+int argumentsOf(const std::string& verb)
+{
+    if (verb == "configure") return 3;
+    if (verb == "watch") return 1;
+    if (verb == "subscribe" || verb == "status" || verb == "product" || verb == "measure" || verb == "reset" ||
+        verb == "delete")
+        return 2;
+    return -1;
+}
+
+bool parseSteps(const std::vector<std::string>& words, std::vector<Step>& steps, std::string& error)
+{
+    for (std::size_t i = 0; i < words.size();) {
+        Step step;
+        step.verb = words[i++];
+        const int count = argumentsOf(step.verb);
+        if (count < 0) {
+            error = "unknown emi step '" + step.verb + "' (see --help)";
+            return false;
+        }
+        if (i + static_cast<std::size_t>(count) > words.size()) {
+            error = "emi step '" + step.verb + "' needs " + std::to_string(count) + " more words";
+            return false;
+        }
+        if (step.verb == "watch") {
+            if (!parseUnsigned(words[i++], step.ms)) {
+                error = "watch needs milliseconds";
+                return false;
+            }
+        } else {
+            const auto type = emi_text::objectTypeOf(words[i++]);
+            std::uint64_t id = 0;
+            if (!type || !parseUnsigned(words[i++], id) || id > 0xFFFFFFFFu) {
+                error = "emi step '" + step.verb + "' needs a unit type (scu, sau, psu, pdu, bfu, efuse, clu) and an id";
+                return false;
+            }
+            step.objectType = *type;
+            step.objectId = static_cast<std::uint32_t>(id);
+            if (step.verb == "configure") step.hubPosition = words[i++] == "-" ? "" : words[i - 1];
+        }
+        steps.push_back(step);
+    }
+    if (steps.empty()) error = "emi needs at least one step";
+    return !steps.empty();
+}
+
+template <typename T>
+std::string emiSignal(T body, ose::SIGSELECT sigNo, const Step& step)
+{
+    auto& header = reinterpret_cast<EMI_HEADER_S&>(body);
+    header.sigNo = sigNo;
+    header.clientRef = 1;
+    header.objectType = step.objectType;
+    header.objectId = step.objectId;
+    return std::string(reinterpret_cast<const char*>(&body), sizeof body);
+}
+
+std::string requestOf(const Step& step)
+{
+    if (step.verb == "configure") {
+        EMI_SET_CONFIG_HWU_REQ_S body{};
+        std::strncpy(body.hubPosition, step.hubPosition.c_str(), sizeof body.hubPosition - 1);
+        return emiSignal(body, EMI_SET_CONFIG_REQ, step);
+    }
+    if (step.verb == "reset") {
+        EMI_ACTION_REQ_S body{};
+        body.actionType = kReset;
+        return emiSignal(body, EMI_ACTION_REQ, step);
+    }
+    const ose::SIGSELECT sigNo = step.verb == "subscribe" ? EMI_SUBSCRIBE_RESOURCE_DATA_REQ
+                                 : step.verb == "status"  ? EMI_GET_RESOURCE_DATA_REQ
+                                 : step.verb == "product" ? EMI_GET_UNIT_PRODUCT_DATA_REQ
+                                 : step.verb == "measure" ? EMI_GET_UNIT_MEASUREMENT_DATA_REQ
+                                                          : EMI_DELETE_CONFIG_REQ;
+    return emiSignal(EMI_REQ_S{}, sigNo, step);
+}
+
+// Prints what arrives until `wallMs` pass without anything; on a virtual
+// clock the world is moved on by `worldMs` first.
+bool printArrivals(ose::GatewayClient& client, std::uint64_t worldMs, std::uint64_t wallMs, std::ostream& out)
+{
+    if (client.clockMode() == 1 && worldMs > 0 && !client.advanceBy(worldMs)) return false;
+    const std::uint64_t quiet = client.clockMode() == 1 ? 200 : wallMs;
+    while (auto event = client.next(std::chrono::milliseconds(quiet))) {
+        if (event->kind != ose::GatewayEvent::Kind::Signal) continue;
+        const std::string line = emi_text::describe(event->bytes);
+        if (!line.empty()) out << line << "\n";
+    }
+    return client.isConnected();
+}
+
+} // namespace
+
+bool checkEmiSteps(const std::vector<std::string>& words, std::string& error)
+{
+    std::vector<Step> steps;
+    return parseSteps(words, steps, error);
+}
+
+int runEmi(const std::vector<std::string>& words, ose::GatewayClient& client, std::ostream& out, std::ostream& err)
+{
+    std::vector<Step> steps;
+    std::string error;
+    if (!parseSteps(words, steps, error)) {
+        err << "sscctl: " << error << "\n";
+        return kUsage;
+    }
+    auto server = client.hunt(kServerName, 0);
+    if (!server || *server == 0) {
+        err << "sscctl: the node has no " << kServerName << "\n";
+        return client.isConnected() ? kNotFound : kNoNode;
+    }
+    for (const Step& step : steps) {
+        const bool sent = step.verb == "watch" || client.send(*server, requestOf(step));
+        const std::uint64_t worldMs = step.verb == "watch" ? step.ms : 100;
+        const std::uint64_t wallMs = step.verb == "watch" ? step.ms : 500;
+        if (!sent || !printArrivals(client, worldMs, wallMs, out)) {
+            err << "sscctl: " << client.lastError() << "\n";
+            return kNoNode;
+        }
+    }
+    return kDone;
+}
+
+bool checkSimArgs(const std::vector<std::string>& args, std::string& error)
+{
+    std::uint64_t number = 0;
+    const bool replace = !args.empty() && args[0] == "replace";
+    const std::size_t needed = replace ? 3 : 2;
+    const bool known = !args.empty() && (args[0] == "silence" || args[0] == "clear" || args[0] == "restart" || replace);
+    if (!known || args.size() < needed || args.size() > needed + 1) {
+        error = "sim needs silence|clear|restart ADDRESS [PORT] or replace ADDRESS SERIAL [PORT]";
+        return false;
+    }
+    for (std::size_t i = 1; i < args.size(); ++i)
+        if (!parseUnsigned(args[i], number)) {
+            error = "sim: '" + args[i] + "' is not a number";
+            return false;
+        }
+    return true;
+}
+
+int runSim(const std::vector<std::string>& args, ose::GatewayClient& client, std::ostream& out, std::ostream& err)
+{
+    std::string error;
+    if (!checkSimArgs(args, error)) {
+        err << "sscctl: " << error << "\n";
+        return kUsage;
+    }
+    auto bus = client.hunt("A4ciServer", 0);
+    if (!bus || *bus == 0) {
+        err << "sscctl: the node has no simulated bus (A4ciServer)\n";
+        return client.isConnected() ? kNotFound : kNoNode;
+    }
+    const bool replace = args[0] == "replace";
+    std::uint64_t address = 0;
+    std::uint64_t value = 0;
+    std::uint64_t port = 1;
+    parseUnsigned(args[1], address);
+    if (replace) parseUnsigned(args[2], value);
+    if (args.size() == (replace ? 4U : 3U)) parseUnsigned(args.back(), port);
+    simctl::SIM_FAULT_REQ_S request{};
+    request.sigNo = simctl::SIM_FAULT_REQ;
+    request.port = static_cast<std::uint16_t>(port);
+    request.address = static_cast<std::uint8_t>(address);
+    request.kind = static_cast<std::uint16_t>(args[0] == "silence"   ? simctl::FaultKind::Silent
+                                              : args[0] == "clear"   ? simctl::FaultKind::Clear
+                                              : args[0] == "restart" ? simctl::FaultKind::Restart
+                                                                     : simctl::FaultKind::Replace);
+    request.value = static_cast<std::int32_t>(value);
+    if (!client.send(*bus, std::string(reinterpret_cast<const char*>(&request), sizeof request))) {
+        err << "sscctl: " << client.lastError() << "\n";
+        return kNoNode;
+    }
+    auto answer = client.next(std::chrono::milliseconds(2000));
+    if (!answer || answer->kind != ose::GatewayEvent::Kind::Signal) {
+        err << "sscctl: the simulator did not answer\n";
+        return kNotFound;
+    }
+    if (answer->sigNo() == simctl::SIM_FAULT_CFM) {
+        out << "unit at port " << port << " address " << address << ": " << args[0] << " done\n";
+        return kDone;
+    }
+    simctl::SIM_REJ_S rej{};
+    std::memcpy(&rej, answer->bytes.data(), std::min(answer->bytes.size(), sizeof rej));
+    err << "sscctl: the simulator refused: " << std::string(rej.reason, strnlen(rej.reason, sizeof rej.reason)) << "\n";
+    return kNotFound;
+}
+
+} // namespace app
