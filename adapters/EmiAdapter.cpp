@@ -6,6 +6,7 @@
 #include "frame/OsService.h"
 #include "frame/SscTrace.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <string>
@@ -21,6 +22,8 @@ constexpr std::uint16_t kErrorNoData = 2;
 
 // The interface's faultType of each unit fault, in the order of HwuFault.
 constexpr std::array<std::uint16_t, 13> kFaultTypes{10, 11, 13, 1, 3, 0, 2, 2, 5, 6, 7, 8, 4};
+// The faultType of each node fault, in the order of ExternalNodeFault.
+constexpr std::array<std::uint16_t, 4> kNodeFaultTypes{0, 10, 11, 13};
 
 std::string headline(const char* name, const char* what) { return std::string(name) + what; }
 
@@ -137,11 +140,7 @@ void EmiAdapter::handleSetConfigReq(ose::Signal* signal)
     ObjectSubscriber client;
     if (receive(signal, "EMI_SET_CONFIG_REQ", client) == nullptr) return;
     const auto* request = OsService::view<EMI_SET_CONFIG_HWU_REQ_S>(signal);
-    // External nodes and alarm port groups are served by sides that this
-    // node does not have yet: refused like an unknown type.
-    const bool served = client.objectType <= kClu && client.objectType != kExternalNode &&
-                        client.objectType != kAlarmPortGroup;
-    if (request == nullptr || !served || findConfigHolder(client)) {
+    if (request == nullptr || !isServed(client.objectType) || findConfigHolder(client)) {
         if (request == nullptr) SSC_TRACE(swuGroup(), kUnexpected, "EMI_SET_CONFIG_REQ too short, rejected");
         sendRej(EMI_SET_CONFIG_REJ, client, kErrorRefused, "EMI_SET_CONFIG_REJ");
         return;
@@ -150,7 +149,42 @@ void EmiAdapter::handleSetConfigReq(ose::Signal* signal)
     // a fault.
     sendHeader(EMI_SET_CONFIG_CFM, client, "EMI_SET_CONFIG_CFM");
     addConfigHolder(client);
-    configure(*request, client.objectType, client.objectId);
+    if (client.objectType == kExternalNode)
+        configureNode(signal, client.objectId);
+    else
+        configure(*request, client.objectType, client.objectId);
+}
+
+// Alarm port groups are served by an alarm side that this node does not
+// have yet: refused like an unknown type; external nodes need their facade.
+bool EmiAdapter::isServed(std::uint16_t objectType) const
+{
+    if (objectType == kExternalNode) return m_facades.externalNode != nullptr;
+    return objectType <= kClu && objectType != kAlarmPortGroup;
+}
+
+void EmiAdapter::configureNode(ose::Signal* signal, std::uint32_t objectId)
+{
+    const auto* request = OsService::view<EMI_SET_CONFIG_NODE_REQ_S>(signal);
+    HubPositionList positions;
+    // At most six positions, whatever the count says.
+    const std::size_t count = std::min<std::size_t>(request->numberOfHubPositions, kMaxHubPositions);
+    positions.count = static_cast<std::uint16_t>(count);
+    for (std::size_t index = 0; index < count; ++index)
+        std::memcpy(positions.positions[index].data(), request->hubPositions[index], kHubPositionSize);
+    m_facades.externalNode->addNode(static_cast<std::int32_t>(objectId), positions);
+}
+
+void EmiAdapter::nodeData(std::uint32_t objectId, EMI_RESOURCE_DATA_S& data)
+{
+    NodeRecord record;
+    if (m_facades.externalNode != nullptr) m_facades.externalNode->getNodeRecord(static_cast<std::int32_t>(objectId), &record);
+    EMI_RESOURCE_DATA_NODE_S node{};
+    std::memcpy(node.logicalName, record.logicalName.data(), sizeof node.logicalName);
+    std::memcpy(node.fullDistinguishedName, record.fullDistinguishedName.data(), sizeof node.fullDistinguishedName);
+    node.radioAccessTechnology = static_cast<std::uint16_t>(record.radioAccessTechnology);
+    node.supportSystemControl = record.supportSystemControl;
+    std::memcpy(data.words, reinterpret_cast<const char*>(&node) + sizeof(EMI_HEADER_S), sizeof data.words);
 }
 
 void EmiAdapter::configure(const EMI_SET_CONFIG_HWU_REQ_S& request, std::uint16_t objectType, std::uint32_t objectId)
@@ -171,10 +205,10 @@ void EmiAdapter::handleDeleteConfigReq(ose::Signal* signal)
     ObjectSubscriber client;
     if (receive(signal, "EMI_DELETE_CONFIG_REQ", client) == nullptr) return;
     sendHeader(EMI_DELETE_CONFIG_CFM, client, "EMI_DELETE_CONFIG_CFM");
-    const bool served = client.objectType <= kClu && client.objectType != kExternalNode &&
-                        client.objectType != kAlarmPortGroup;
-    if (served && findConfigHolder(client)) {
-        if (HwuFacadeIf* facade = facadeOf(client.objectType)) {
+    if (isServed(client.objectType) && findConfigHolder(client)) {
+        if (client.objectType == kExternalNode) {
+            m_facades.externalNode->removeNode(static_cast<std::int32_t>(client.objectId));
+        } else if (HwuFacadeIf* facade = facadeOf(client.objectType)) {
             if (client.objectType == kEfuse)
                 facade->deleteEfuse(client.objectId);
             else
@@ -190,8 +224,13 @@ void EmiAdapter::handleDeleteConfigReq(ose::Signal* signal)
 bool EmiAdapter::resourceData(std::uint16_t objectType, std::uint32_t objectId, EMI_RESOURCE_DATA_S& data,
                               bool& operational)
 {
-    HwuFacadeIf* facade = facadeOf(objectType);
     operational = false;
+    if (objectType == kExternalNode) {
+        nodeData(objectId, data);
+        operational = true; // a node has no operational flag to wait for
+        return true;
+    }
+    HwuFacadeIf* facade = facadeOf(objectType);
     if (facade == nullptr) return false;
     if (objectType == kEfuse) {
         std::uint32_t state = 1;
@@ -413,18 +452,47 @@ void EmiAdapter::efuseStatusChanged(std::uint32_t, std::uint32_t efuseFuncInst, 
     }
 }
 
-void EmiAdapter::raiseFault(HwuFault fault, const FuncId_t& funcId) { sendFault(EMI_FAULT_IND, fault, funcId); }
-
-void EmiAdapter::ceaseFault(HwuFault fault, const FuncId_t& funcId) { sendFault(EMI_FAULT_CEASE_IND, fault, funcId); }
-
-void EmiAdapter::sendFault(ose::SIGSELECT sigNo, HwuFault fault, const FuncId_t& funcId)
+void EmiAdapter::raiseFault(HwuFault fault, const FuncId_t& funcId)
 {
-    const std::uint16_t objectType = hwu_converter::objectTypeOf(funcId.FuncType);
-    const std::uint16_t faultType = kFaultTypes.at(static_cast<std::size_t>(fault));
+    sendFault(EMI_FAULT_IND, kFaultTypes.at(static_cast<std::size_t>(fault)),
+              hwu_converter::objectTypeOf(funcId.FuncType), funcId.FuncInst);
+}
+
+void EmiAdapter::ceaseFault(HwuFault fault, const FuncId_t& funcId)
+{
+    sendFault(EMI_FAULT_CEASE_IND, kFaultTypes.at(static_cast<std::size_t>(fault)),
+              hwu_converter::objectTypeOf(funcId.FuncType), funcId.FuncInst);
+}
+
+void EmiAdapter::raiseFault(ExternalNodeFault fault, std::uint32_t funcInst)
+{
+    sendFault(EMI_FAULT_IND, kNodeFaultTypes.at(static_cast<std::size_t>(fault)), kExternalNode, funcInst);
+}
+
+void EmiAdapter::ceaseFault(ExternalNodeFault fault, std::uint32_t funcInst)
+{
+    sendFault(EMI_FAULT_CEASE_IND, kNodeFaultTypes.at(static_cast<std::size_t>(fault)), kExternalNode, funcInst);
+}
+
+void EmiAdapter::nodeChanged(const ExternalNode& node)
+{
+    EC_LinkedListIterator<ObjectSubscriber> it(m_dataSubscribers);
+    while (const ObjectSubscriber* subscriber = it.next()) {
+        if (subscriber->objectType != kExternalNode || subscriber->objectId != static_cast<std::uint32_t>(node.objectId))
+            continue;
+        EMI_RESOURCE_DATA_S data{};
+        nodeData(subscriber->objectId, data);
+        send(data, EMI_RESOURCE_DATA_UPDATE_IND, *subscriber, "EMI_RESOURCE_DATA_UPDATE_IND");
+    }
+}
+
+void EmiAdapter::sendFault(ose::SIGSELECT sigNo, std::uint16_t faultType, std::uint16_t objectType,
+                           std::uint32_t objectId)
+{
     // Whoever configured the object hears its faults, subscribed or not.
     EC_LinkedListIterator<ObjectSubscriber> it(m_configHolders);
     while (const ObjectSubscriber* holder = it.next()) {
-        if (holder->objectType != objectType || holder->objectId != funcId.FuncInst) continue;
+        if (holder->objectType != objectType || holder->objectId != objectId) continue;
         EMI_FAULT_IND_S ind{};
         ind.faultType = faultType;
         send(ind, sigNo, *holder, sigNo == EMI_FAULT_IND ? "EMI_FAULT_IND" : "EMI_FAULT_CEASE_IND");

@@ -6,13 +6,15 @@
 // "ssc_equipment_management_server".
 
 #include "adapters/EmiSignals.h"
+#include "cabinet/ExternalNodeEventIf.h"
+#include "cabinet/ExternalNodeFacadeIf.h"
 #include "frame/AdapterBase.h"
 #include "hwu/HwuEventIf.h"
 #include "hwu/HwuFacadeIf.h"
 
 #include <cstdint>
 
-class EmiAdapter : public AdapterBase, public HwuEventIf {
+class EmiAdapter : public AdapterBase, public HwuEventIf, public ExternalNodeEventIf {
 public:
     // The unit facades, not owned.
     struct Facades {
@@ -22,6 +24,7 @@ public:
         HwuFacadeIf* pdu = nullptr;
         HwuFacadeIf* bfu = nullptr;
         HwuFacadeIf* clu = nullptr;
+        ExternalNodeFacadeIf* externalNode = nullptr;
     };
 
     EmiAdapter(SignalDispatcherIf* dispatcher, const Facades& facades);
@@ -39,6 +42,14 @@ public:
     void efuseStatusChanged(std::uint32_t pduFuncInst, std::uint32_t efuseFuncInst, std::uint32_t state) override;
     void raiseFault(HwuFault fault, const FuncId_t& funcId) override;
     void ceaseFault(HwuFault fault, const FuncId_t& funcId) override;
+
+    // ExternalNodeEventIf. Adding and removing a node is news for the
+    // inter-node server, which this node does not run yet.
+    void nodeAdded(const ExternalNode&) override {}
+    void nodeRemoved(std::int32_t, std::int32_t) override {}
+    void nodeChanged(const ExternalNode& node) override;
+    void raiseFault(ExternalNodeFault fault, std::uint32_t funcInst) override;
+    void ceaseFault(ExternalNodeFault fault, std::uint32_t funcInst) override;
 
 private:
     void handleSetConfigReq(ose::Signal* signal);
@@ -65,7 +76,10 @@ private:
     void sendRej(ose::SIGSELECT sigNo, const ObjectSubscriber& client, std::uint16_t errorCode, const char* name);
     void sendHeader(ose::SIGSELECT sigNo, const ObjectSubscriber& client, const char* name);
     void sendActionRej(const ObjectSubscriber& client, std::uint16_t actionType, std::uint16_t errorCode);
-    void sendFault(ose::SIGSELECT sigNo, HwuFault fault, const FuncId_t& funcId);
+    void sendFault(ose::SIGSELECT sigNo, std::uint16_t faultType, std::uint16_t objectType, std::uint32_t objectId);
+    bool isServed(std::uint16_t objectType) const;
+    void configureNode(ose::Signal* signal, std::uint32_t objectId);
+    void nodeData(std::uint32_t objectId, emi::EMI_RESOURCE_DATA_S& data);
 
     Facades m_facades;
 };

@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstring>
 #include <functional>
 #include <optional>
@@ -234,6 +235,34 @@ TEST_F(EmiAdapterTest, BadRequestsAreRefusedOrDroppedAndTheServerGoesOnServing)
         10000);
     EXPECT_EQ(errors, (std::vector<std::uint16_t>{0, 0, 0, 2}));
     EXPECT_TRUE(answeredAfterwards);
+}
+
+TEST_F(EmiAdapterTest, AnExternalNodeIsConfiguredWithAtMostSixPositionsAndReadAsANodeRecord)
+{
+    std::vector<ose::SIGSELECT> answers;
+    std::uint16_t productError = 99;
+    client(
+        [&](EmiClient& emi) {
+            EMI_SET_CONFIG_NODE_REQ_S node{};
+            node.numberOfHubPositions = 7; // more than the signal holds
+            for (std::size_t index = 0; index < kMaxHubPositions; ++index)
+                std::snprintf(node.hubPositions[index], kHubPositionSize, "A%zu", index);
+            emi.send(EMI_SET_CONFIG_REQ, kExternalNode, 3, node);
+            emi.request(EMI_SUBSCRIBE_RESOURCE_DATA_REQ, kExternalNode, 3);
+            emi.request(EMI_GET_RESOURCE_DATA_REQ, kExternalNode, 3);
+            emi.request(EMI_GET_UNIT_PRODUCT_DATA_REQ, kExternalNode, 3);
+            for (ose::SIGSELECT sigNo : {EMI_SET_CONFIG_CFM, EMI_SUBSCRIBE_RESOURCE_DATA_CFM,
+                                         EMI_RESOURCE_DATA_UPDATE_IND, EMI_GET_RESOURCE_DATA_CFM})
+                if (auto answer = emi.nextOf(sigNo)) answers.push_back(answer->sigNo);
+            productError = emi.rejCode(EMI_GET_UNIT_PRODUCT_DATA_REJ);
+            emi.request(EMI_DELETE_CONFIG_REQ, kExternalNode, 3);
+            if (emi.nextOf(EMI_DELETE_CONFIG_CFM)) answers.push_back(EMI_DELETE_CONFIG_CFM);
+        },
+        2000);
+    EXPECT_EQ(answers, (std::vector<ose::SIGSELECT>{EMI_SET_CONFIG_CFM, EMI_SUBSCRIBE_RESOURCE_DATA_CFM,
+                                                    EMI_RESOURCE_DATA_UPDATE_IND, EMI_GET_RESOURCE_DATA_CFM,
+                                                    EMI_DELETE_CONFIG_CFM}));
+    EXPECT_EQ(productError, 0);
 }
 
 } // namespace

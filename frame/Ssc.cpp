@@ -9,6 +9,8 @@
 #include "adapters/EmiAdapter.h"
 #include "adapters/PciAdapter.h"
 #include "adapters/PmiAdapter.h"
+#include "cabinet/ExternalNodeFacade.h"
+#include "cabinet/NodeFacade.h"
 #include "climate/ClimateCtrlServer.h"
 #include "frame/ActiveFaultsRegister.h"
 #include "frame/SscTrace.h"
@@ -61,6 +63,9 @@ void Ssc::initialize()
     ActiveFaultsRegister& faults = ActiveFaultsRegister::instance();
     // The node, external node and fan group facades come first, then the
     // hub position facade.
+    m_pNodeFacade = std::make_unique<NodeFacade>(*this, faults);
+    m_pExternalNodeFacade = std::make_unique<ExternalNodeFacade>(faults, *m_pNodeFacade);
+    m_pExternalNodeCtrl = m_pExternalNodeFacade.get();
     m_pHdlcAddressFacade = std::make_unique<HdlcAddressFacade>(faults);
     m_pAlarmCtrlServer = std::make_unique<AlarmCtrlServer>(dispatcher);
     m_servers[0].pServer = m_pAlarmCtrlServer.get();
@@ -92,7 +97,9 @@ void Ssc::initialize()
     m_pAlmAdapter = std::make_unique<AlmAdapter>(dispatcher);
     m_pEmiAdapter = std::make_unique<EmiAdapter>(
         dispatcher, EmiAdapter::Facades{m_pScuFacade.get(), m_pSauFacade.get(), m_pPsuFacade.get(),
-                                        m_pPduFacade.get(), m_pBfuFacade.get(), m_pCluFacade.get()});
+                                        m_pPduFacade.get(), m_pBfuFacade.get(), m_pCluFacade.get(),
+                                        m_pExternalNodeFacade.get()});
+    m_pExternalNodeFacade->setEventHandler(m_pEmiAdapter.get());
     // The equipment interface hears what the units and the restarts tell.
     if (m_pEquipmentManager != nullptr) m_pEquipmentManager->setEventHandler(m_pEmiAdapter.get());
     for (HwuFacade* facade : std::initializer_list<HwuFacade*>{m_pScuFacade.get(), m_pSauFacade.get(),

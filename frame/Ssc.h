@@ -23,6 +23,9 @@ class BfuFacade;
 class CluFacade;
 class EmiAdapter;
 class EquipmentCtrlManager;
+class ExternalNodeCtrlIf;
+class ExternalNodeFacade;
+class NodeFacade;
 class HdlcAddressFacade;
 class HwuUnitFactory;
 class PduFacade;
@@ -53,6 +56,9 @@ public:
     void createManagers();
 
     HdlcAddressFacade* getHdlcAddressFacade() { return m_pHdlcAddressFacade.get(); }
+    NodeFacade* getNodeFacade() { return m_pNodeFacade.get(); }
+    ExternalNodeFacade* getExternalNodeFacade() { return m_pExternalNodeFacade.get(); }
+    ExternalNodeCtrlIf* getExternalNodeCtrl() { return m_pExternalNodeCtrl; }
     ScuFacade* getScuFacade() { return m_pScuFacade.get(); }
     SauFacade* getSauFacade() { return m_pSauFacade.get(); }
     BfuFacade* getBfuFacade() { return m_pBfuFacade.get(); }
@@ -92,6 +98,8 @@ private:
                                          {ServerType::ClimateControl, nullptr}}};
     EquipmentManagerIf* m_pEquipmentManager = nullptr;
     std::unique_ptr<EquipmentCtrlManager> m_pEquipmentCtrlManager;
+    std::unique_ptr<NodeFacade> m_pNodeFacade;
+    std::unique_ptr<ExternalNodeFacade> m_pExternalNodeFacade;
     std::unique_ptr<HdlcAddressFacade> m_pHdlcAddressFacade;
     std::unique_ptr<ClimateCtrlServer> m_pClimateCtrlServer;
     std::unique_ptr<AlarmCtrlServer> m_pAlarmCtrlServer;
@@ -123,4 +131,5 @@ private:
     CabinetFacade* m_pCabinetFacade = nullptr;
     CabinetCtrlIf* m_pCabinetCtrl = nullptr;
     EFuseCtrlIf* m_pEFuseCtrl = nullptr;
+    ExternalNodeCtrlIf* m_pExternalNodeCtrl = nullptr;
 };
