@@ -143,6 +143,54 @@ TEST(EmiSystemTest, AClientConfiguresAUnitSeesItComeUpAndSeesItsFaultComeAndGo)
     EXPECT_EQ(node.stop(), 0);
 }
 
+TEST(EmiSystemTest, ABadHubPositionFaultsTheUnitAndAReplacedUnitComesBackAsAnotherOne)
+{
+    NodeProcess node({"--clock", "virtual", "--hold-clock", "--site", SSC_SOURCE_DIR "/sim/sites/default.xml"});
+    ose::GatewayClient client;
+    ASSERT_TRUE(client.connect(node.socketPath(), "emi_client", true)) << client.lastError();
+    ASSERT_TRUE(client.advanceBy(10));
+    auto server = client.hunt(kServerName, 0);
+    auto bus = client.hunt("A4ciServer", 0);
+    ASSERT_TRUE(server && *server != 0 && bus && *bus != 0);
+
+    // No such socket: configured all the same, with its fault after 5 s.
+    ASSERT_TRUE(client.send(*server, configure(kBfu, 2, "Z9")));
+    ASSERT_TRUE(nextOf(client, EMI_SET_CONFIG_CFM));
+    ASSERT_TRUE(client.advanceBy(5100));
+    auto faulty = nextOf(client, EMI_FAULT_IND);
+    ASSERT_TRUE(faulty);
+    const auto fault = layoutOf<EMI_FAULT_IND_S>(faulty->bytes);
+    EXPECT_EQ(fault.faultType, 10);
+    EXPECT_EQ(fault.header.objectType, kBfu);
+    EXPECT_EQ(fault.header.objectId, 2u);
+
+    // Another PSU in the place of the first: gone and found in one poll.
+    ASSERT_TRUE(client.send(*server, configure(kPsu, 1, "A1")));
+    ASSERT_TRUE(nextOf(client, EMI_SET_CONFIG_CFM));
+    ASSERT_TRUE(client.advanceBy(6000));
+    simctl::SIM_FAULT_REQ_S replace{};
+    replace.sigNo = simctl::SIM_FAULT_REQ;
+    replace.port = 1;
+    replace.address = 48;
+    replace.kind = static_cast<std::uint16_t>(simctl::FaultKind::Replace);
+    replace.value = 42;
+    ASSERT_TRUE(client.send(*bus, bytesOf(replace)));
+    // It boots past one poll, then settles for four before it is looked at.
+    ASSERT_TRUE(client.advanceBy(7000));
+    auto missing = nextOf(client, EMI_FAULT_IND);
+    ASSERT_TRUE(missing);
+    EXPECT_EQ(layoutOf<EMI_FAULT_IND_S>(missing->bytes).faultType, 0);
+    auto back = nextOf(client, EMI_FAULT_CEASE_IND);
+    ASSERT_TRUE(back);
+    ASSERT_TRUE(client.send(*server, emiSignal(EMI_REQ_S{}, EMI_GET_UNIT_PRODUCT_DATA_REQ, kPsu, 1)));
+    ASSERT_TRUE(client.advanceBy(100));
+    auto product = nextOf(client, EMI_GET_UNIT_PRODUCT_DATA_CFM);
+    ASSERT_TRUE(product);
+    const auto data = layoutOf<EMI_GET_UNIT_PRODUCT_DATA_CFM_S>(product->bytes);
+    EXPECT_EQ(std::string(data.serialNumber, strnlen(data.serialNumber, sizeof data.serialNumber)), "SIM00000042");
+    EXPECT_EQ(node.stop(), 0);
+}
+
 TEST(EmiSystemTest, MalformedAndUnknownRequestsAreRefusedOrDroppedAndTheServerGoesOn)
 {
     NodeProcess node({"--clock", "virtual", "--hold-clock", "--site", SSC_SOURCE_DIR "/sim/sites/default.xml"});
