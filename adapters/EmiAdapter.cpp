@@ -140,6 +140,12 @@ void EmiAdapter::handleSetConfigReq(ose::Signal* signal)
     ObjectSubscriber client;
     if (receive(signal, "EMI_SET_CONFIG_REQ", client) == nullptr) return;
     const auto* request = OsService::view<EMI_SET_CONFIG_HWU_REQ_S>(signal);
+    // A port group holds no row and is not checked for a second time.
+    if (request != nullptr && client.objectType == kAlarmPortGroup) {
+        configurePortGroup(signal);
+        sendHeader(EMI_SET_CONFIG_CFM, client, "EMI_SET_CONFIG_CFM");
+        return;
+    }
     if (request == nullptr || !isServed(client.objectType) || findConfigHolder(client)) {
         if (request == nullptr) SSC_TRACE(swuGroup(), kUnexpected, "EMI_SET_CONFIG_REQ too short, rejected");
         sendRej(EMI_SET_CONFIG_REJ, client, kErrorRefused, "EMI_SET_CONFIG_REJ");
@@ -155,12 +161,33 @@ void EmiAdapter::handleSetConfigReq(ose::Signal* signal)
         configure(*request, client.objectType, client.objectId);
 }
 
-// Alarm port groups are served by an alarm side that this node does not
-// have yet: refused like an unknown type; external nodes need their facade.
+// Types with a row in the configuration list; external nodes need their
+// facade.
 bool EmiAdapter::isServed(std::uint16_t objectType) const
 {
     if (objectType == kExternalNode) return m_facades.externalNode != nullptr;
     return objectType <= kClu && objectType != kAlarmPortGroup;
+}
+
+void EmiAdapter::configurePortGroup(ose::Signal* signal)
+{
+    const auto* request = OsService::view<EMI_SET_CONFIG_ALARM_PORT_GROUP_REQ_S>(signal);
+    const std::uint16_t typeOfUnit = request->typeOfUnit;
+    const std::uint16_t unitInstance = request->unitInstance;
+    FuncId_t funcId;
+    switch (typeOfUnit) {
+    case 0: funcId = FuncId_t{5, request->parentObjectId}; break;
+    case 1: funcId = FuncId_t{6, request->parentObjectId}; break;
+    case 2: funcId = FuncId_t{18, unitInstance}; break;
+    default: SSC_TRACE(swuGroup(), kUnexpected, "Unknown TypeOfUnit: %d", typeOfUnit); return;
+    }
+    if (m_facades.alarms == nullptr) {
+        SSC_TRACE(swuGroup(), kUnexpected, "Alarm port group of unit %d: no alarm control in this node", unitInstance);
+        return;
+    }
+    m_facades.alarms->setPortGroupUnit(funcId, request->groupOfPort, unitInstance);
+    if (typeOfUnit == 2 && m_facades.rru != nullptr)
+        m_facades.rru->setupAlarmPort(unitInstance, fieldText(request->huntPath));
 }
 
 void EmiAdapter::configureNode(ose::Signal* signal, std::uint32_t objectId)
@@ -205,6 +232,10 @@ void EmiAdapter::handleDeleteConfigReq(ose::Signal* signal)
     ObjectSubscriber client;
     if (receive(signal, "EMI_DELETE_CONFIG_REQ", client) == nullptr) return;
     sendHeader(EMI_DELETE_CONFIG_CFM, client, "EMI_DELETE_CONFIG_CFM");
+    if (client.objectType == kAlarmPortGroup) {
+        if (m_facades.rru != nullptr) m_facades.rru->removeAlarmPort(client.objectId & 0xFFFFU);
+        return;
+    }
     if (isServed(client.objectType) && findConfigHolder(client)) {
         if (client.objectType == kExternalNode) {
             m_facades.externalNode->removeNode(static_cast<std::int32_t>(client.objectId));

@@ -5,7 +5,9 @@
 // and who subscribed what. Reachable by the name
 // "ssc_equipment_management_server".
 
+#include "adapters/AlarmCtrlIf.h"
 #include "adapters/EmiSignals.h"
+#include "adapters/RruConfigurationIf.h"
 #include "cabinet/ExternalNodeEventIf.h"
 #include "cabinet/ExternalNodeFacadeIf.h"
 #include "frame/AdapterBase.h"
@@ -25,6 +27,10 @@ public:
         HwuFacadeIf* bfu = nullptr;
         HwuFacadeIf* clu = nullptr;
         ExternalNodeFacadeIf* externalNode = nullptr;
+        // The alarm side; NIL until it exists, and alarm port groups are
+        // then taken without effect.
+        AlarmCtrlIf* alarms = nullptr;
+        RruConfigurationIf* rru = nullptr;
     };
 
     EmiAdapter(SignalDispatcherIf* dispatcher, const Facades& facades);
@@ -79,6 +85,7 @@ private:
     void sendFault(ose::SIGSELECT sigNo, std::uint16_t faultType, std::uint16_t objectType, std::uint32_t objectId);
     bool isServed(std::uint16_t objectType) const;
     void configureNode(ose::Signal* signal, std::uint32_t objectId);
+    void configurePortGroup(ose::Signal* signal);
     void nodeData(std::uint32_t objectId, emi::EMI_RESOURCE_DATA_S& data);
 
     Facades m_facades;

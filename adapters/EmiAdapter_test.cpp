@@ -265,4 +265,30 @@ TEST_F(EmiAdapterTest, AnExternalNodeIsConfiguredWithAtMostSixPositionsAndReadAs
     EXPECT_EQ(productError, 0);
 }
 
+TEST_F(EmiAdapterTest, AnAlarmPortGroupIsConfirmedEachTimeAndCannotBeSubscribed)
+{
+    std::vector<ose::SIGSELECT> answers;
+    std::uint16_t subscribeError = 99;
+    client(
+        [&](EmiClient& emi) {
+            EMI_SET_CONFIG_ALARM_PORT_GROUP_REQ_S group{};
+            group.typeOfUnit = 1;
+            group.unitInstance = 1;
+            group.groupOfPort = 2;
+            group.parentObjectType = kSau;
+            group.parentObjectId = 1;
+            emi.send(EMI_SET_CONFIG_REQ, kAlarmPortGroup, 9, group);
+            emi.send(EMI_SET_CONFIG_REQ, kAlarmPortGroup, 9, group);
+            for (int i = 0; i < 2; ++i)
+                if (auto cfm = emi.nextOf(EMI_SET_CONFIG_CFM)) answers.push_back(cfm->sigNo);
+            emi.request(EMI_SUBSCRIBE_RESOURCE_DATA_REQ, kAlarmPortGroup, 9);
+            subscribeError = emi.rejCode(EMI_SUBSCRIBE_RESOURCE_DATA_REJ);
+            emi.request(EMI_DELETE_CONFIG_REQ, kAlarmPortGroup, 9);
+            if (emi.nextOf(EMI_DELETE_CONFIG_CFM)) answers.push_back(EMI_DELETE_CONFIG_CFM);
+        },
+        2000);
+    EXPECT_EQ(answers, (std::vector<ose::SIGSELECT>{EMI_SET_CONFIG_CFM, EMI_SET_CONFIG_CFM, EMI_DELETE_CONFIG_CFM}));
+    EXPECT_EQ(subscribeError, 0);
+}
+
 } // namespace
