@@ -200,6 +200,23 @@ void EmiAdapter::configureNode(ose::Signal* signal, std::uint32_t objectId)
     for (std::size_t index = 0; index < count; ++index)
         std::memcpy(positions.positions[index].data(), request->hubPositions[index], kHubPositionSize);
     m_facades.externalNode->addNode(static_cast<std::int32_t>(objectId), positions);
+    subscribeAtPrimary();
+}
+
+void EmiAdapter::subscribeAtPrimary()
+{
+    if (m_facades.node == nullptr || m_facades.node->getNodeRecord().supportSystemControl != 0) return;
+    if (m_facades.apcInciClient != nullptr) m_facades.apcInciClient->generalSubscribe();
+}
+
+void EmiAdapter::nodeAdded(const ExternalNode& node)
+{
+    if (m_facades.apcInciServer != nullptr) m_facades.apcInciServer->addExternalNode(node);
+}
+
+void EmiAdapter::nodeRemoved(std::int32_t objectId, std::int32_t nin)
+{
+    if (m_facades.apcInciServer != nullptr) m_facades.apcInciServer->removeClient(objectId, nin);
 }
 
 void EmiAdapter::nodeData(std::uint32_t objectId, EMI_RESOURCE_DATA_S& data)
@@ -239,6 +256,7 @@ void EmiAdapter::handleDeleteConfigReq(ose::Signal* signal)
     if (isServed(client.objectType) && findConfigHolder(client)) {
         if (client.objectType == kExternalNode) {
             m_facades.externalNode->removeNode(static_cast<std::int32_t>(client.objectId));
+            subscribeAtPrimary();
         } else if (HwuFacadeIf* facade = facadeOf(client.objectType)) {
             if (client.objectType == kEfuse)
                 facade->deleteEfuse(client.objectId);

@@ -6,6 +6,9 @@
 // "ssc_equipment_management_server".
 
 #include "adapters/AlarmCtrlIf.h"
+#include "adapters/ApcInciClientIf.h"
+#include "adapters/ApcInciServerIf.h"
+#include "cabinet/NodeIf.h"
 #include "adapters/EmiSignals.h"
 #include "adapters/RruConfigurationIf.h"
 #include "cabinet/ExternalNodeEventIf.h"
@@ -31,6 +34,10 @@ public:
         // then taken without effect.
         AlarmCtrlIf* alarms = nullptr;
         RruConfigurationIf* rru = nullptr;
+        // The inter-node link and the own node; NIL while they do not exist.
+        ApcInciServerIf* apcInciServer = nullptr;
+        ApcInciClientIf* apcInciClient = nullptr;
+        const NodeIf* node = nullptr;
     };
 
     EmiAdapter(SignalDispatcherIf* dispatcher, const Facades& facades);
@@ -50,9 +57,9 @@ public:
     void ceaseFault(HwuFault fault, const FuncId_t& funcId) override;
 
     // ExternalNodeEventIf. Adding and removing a node is news for the
-    // inter-node server, which this node does not run yet.
-    void nodeAdded(const ExternalNode&) override {}
-    void nodeRemoved(std::int32_t, std::int32_t) override {}
+    // inter-node server.
+    void nodeAdded(const ExternalNode& node) override;
+    void nodeRemoved(std::int32_t objectId, std::int32_t nin) override;
     void nodeChanged(const ExternalNode& node) override;
     void raiseFault(ExternalNodeFault fault, std::uint32_t funcInst) override;
     void ceaseFault(ExternalNodeFault fault, std::uint32_t funcInst) override;
@@ -86,6 +93,8 @@ private:
     bool isServed(std::uint16_t objectType) const;
     void configureNode(ose::Signal* signal, std::uint32_t objectId);
     void configurePortGroup(ose::Signal* signal);
+    // A secondary node asks the primary for its news again.
+    void subscribeAtPrimary();
     void nodeData(std::uint32_t objectId, emi::EMI_RESOURCE_DATA_S& data);
 
     Facades m_facades;

@@ -95,10 +95,13 @@ void Ssc::initialize()
     // and power sides join them as they are built.
     m_pUnitFactory->setSides(HwuUnitFactory::Sides{nullptr, nullptr, m_pEFuseCtrl, nullptr, m_pCabinetCtrl});
     m_pAlmAdapter = std::make_unique<AlmAdapter>(dispatcher);
+    // The alarm side (AlarmCtrlIf, RruConfigurationIf) and the inter-node
+    // link (ApcInciServerIf, ApcInciClientIf) join as they are built.
     m_pEmiAdapter = std::make_unique<EmiAdapter>(
         dispatcher, EmiAdapter::Facades{m_pScuFacade.get(), m_pSauFacade.get(), m_pPsuFacade.get(),
                                         m_pPduFacade.get(), m_pBfuFacade.get(), m_pCluFacade.get(),
-                                        m_pExternalNodeFacade.get()});
+                                        m_pExternalNodeFacade.get(), nullptr, nullptr, nullptr, nullptr,
+                                        m_pNodeFacade.get()});
     m_pExternalNodeFacade->setEventHandler(m_pEmiAdapter.get());
     // The equipment interface hears what the units and the restarts tell.
     if (m_pEquipmentManager != nullptr) m_pEquipmentManager->setEventHandler(m_pEmiAdapter.get());
