@@ -42,6 +42,12 @@ void SignalDispatcher::receiveAndDispatch()
 void SignalDispatcher::dispatch(ose::Signal* signal)
 {
     if (signal == nullptr) return;
+    // Freed however the handlers end: also when the process is killed while
+    // a handler waits (a restart of the core), its stack unwinding.
+    struct SignalInHand {
+        ose::Signal* signal;
+        ~SignalInHand() { OsService::free(&signal); }
+    } inHand{signal};
     const ose::SIGSELECT sigNo = ose::signalNumber(signal);
     bool received = false;
     auto found = m_dispatcherList.find(sigNo);
@@ -57,7 +63,6 @@ void SignalDispatcher::dispatch(ose::Signal* signal)
         }
     }
     if (!received) SSC_TRACE(swuGroup(), kFlow, "No receiver for signal:%d with OODB_Ref:%d", static_cast<int>(sigNo), 0);
-    OsService::free(&signal);
 }
 
 SignalDispatcher::Subscribers& SignalDispatcher::subscribersOf(ose::SIGSELECT sigNo)

@@ -42,6 +42,45 @@ private:
 
 using WLOsHandlerTest = TestWorld;
 
+// Its handler waits on the bus, as a unit's poll does.
+class WaitingServer : public SSC_Server {
+public:
+    explicit WaitingServer(SignalDispatcherIf* dispatcher) : SSC_Server(dispatcher) {}
+    ~WaitingServer() override { deregisterSignals(); }
+    const char* getProcessName() const override { return "waiting_server"; }
+    const char* getServerName() const override { return "WaitingServer"; }
+    std::unique_ptr<SignalIterator> createSignalIterator() override { return makeSignalIterator(*this, kTable); }
+
+private:
+    void handlePing(ose::Signal*) { OsService::delay(1'000'000); }
+    static constexpr SignalTableRow<WaitingServer> kTable[] = {{kPing, "PING", &WaitingServer::handlePing}};
+};
+
+TEST_F(WLOsHandlerTest, ASignalInHandIsFreedWhenTheCoreEndsWhileItsHandlerWaits)
+{
+    // TestWorld's tear-down counts the signal buffers still alive.
+    spawn("SSC_THREAD", [] {
+        WLOsHandler os;
+        OsService::setHandler(&os);
+        struct Reset {
+            ~Reset() { OsService::setHandler(nullptr); }
+        } reset;
+        SignalDispatcher dispatcher;
+        WaitingServer server(&dispatcher);
+        server.registerSignals();
+        server.startProcess();
+        dispatcher.run();
+    });
+    spawn("tester", [] {
+        ose::delay(10);
+        ose::PROCESS server = 0;
+        ASSERT_TRUE(ose::hunt("waiting_server", 0, &server, nullptr));
+        ose::Signal* ping = ose::testing::word(kPing, 1);
+        ose::send(&ping, server);
+    });
+    world().runFor(100);
+}
+
 TEST_F(WLOsHandlerTest, AServersPhantomIsHuntedByNameAndItsSignalsReachTheCoreProcess)
 {
     std::unique_ptr<PingServer> server;
