@@ -56,20 +56,15 @@ public:
     // The cabinet's events (id 0: the cabinet was configured).
     void update(std::uint32_t id) override;
 
-    // The unit of that function as its kind; NIL when there is none (or
-    // the unit is of no such kind).
-    BfuIf* getBfu(const FuncId_t& funcId) { return dynamic_cast<BfuIf*>(getHwu(funcId)); }
-    PduIf* getPdu(const FuncId_t& funcId) { return dynamic_cast<PduIf*>(getHwu(funcId)); }
-    PsuIf* getPsu(const FuncId_t& funcId) { return dynamic_cast<PsuIf*>(getHwu(funcId)); }
-    SauIf* getSau(const FuncId_t& funcId) { return dynamic_cast<SauIf*>(getHwu(funcId)); }
-    ScuIf* getScu(const FuncId_t& funcId) { return dynamic_cast<ScuIf*>(getHwu(funcId)); }
-    CluIf* getClu(const FuncId_t& funcId) { return dynamic_cast<CluIf*>(getHwu(funcId)); }
-    // Every unit of a kind, newest first.
-    std::vector<HwuStatusIf*> getUnits(std::uint32_t funcType);
-    // The SCU that speaks for a cabinet: on port 1, of that cabinet or any
-    // with a dual box; else the last one looked at.
-    ScuIf* getPrimaryScu(std::uint32_t cabinetFuncInst);
-    BfuStatusIf& getBfuStatus() { return m_bfuStatus; }
+    BfuIf* getBfu(const FuncId_t& funcId) override { return dynamic_cast<BfuIf*>(getHwu(funcId)); }
+    PduIf* getPdu(const FuncId_t& funcId) override { return dynamic_cast<PduIf*>(getHwu(funcId)); }
+    PsuIf* getPsu(const FuncId_t& funcId) override { return dynamic_cast<PsuIf*>(getHwu(funcId)); }
+    SauIf* getSau(const FuncId_t& funcId) override { return dynamic_cast<SauIf*>(getHwu(funcId)); }
+    ScuIf* getScu(const FuncId_t& funcId) override { return dynamic_cast<ScuIf*>(getHwu(funcId)); }
+    CluIf* getClu(const FuncId_t& funcId) override { return dynamic_cast<CluIf*>(getHwu(funcId)); }
+    std::vector<HwuStatusIf*> getUnits(std::uint32_t funcType) override;
+    ScuIf* getPrimaryScu(std::uint32_t cabinetFuncInst) override;
+    BfuStatusIf& getBfuStatus() override { return m_bfuStatus; }
 
     bool isAddressFree(const HdlcAddress& address);
     BusMonitor& getBusMonitor() { return *m_pBusMonitor; }

@@ -176,6 +176,25 @@ TEST_F(HwuScuTest, ACascadedScuAnswersFromNinetySixOn)
     EXPECT_THAT(m_recorder.m_broker, Contains("operational SCU-1 @4s"));
 }
 
+TEST_F(HwuScuTest, ThePrimaryScuOfACabinetIsTheOneOnPortOneOfThatCabinet)
+{
+    std::vector<std::uint32_t> found;
+    step(100, [&](HWU_Broker& broker) {
+        broker.configureHwu(FuncId_t{func_type::kScu, 1}, "", 0, 1);
+        broker.configureHwu(FuncId_t{func_type::kScu, 2}, "", 1, 2);
+        broker.configureHwu(FuncId_t{func_type::kScu, 3}, "AUX A1", 0, 3);
+        const auto instOf = [](ScuIf* scu) { return scu != nullptr ? scu->getFuncId().FuncInst : 0U; };
+        found = {instOf(broker.getPrimaryScu(1)), instOf(broker.getPrimaryScu(2)), instOf(broker.getPrimaryScu(3)),
+                 instOf(broker.getPrimaryScu(9))};
+        broker.setDualBoxSupported(true);
+        found.push_back(instOf(broker.getPrimaryScu(9)));
+    });
+    runNode(1000);
+    // Newest first: for a cabinet without an SCU of its own on port 1, the
+    // last one looked at, the oldest.
+    EXPECT_EQ(found, (std::vector<std::uint32_t>{1, 2, 1, 1, 2}));
+}
+
 TEST_F(HwuScuTest, TheCabinetsProductDataAreWrittenAndReadBackAndARefusalMakesTheMemoryFaulty)
 {
     sim::SimUnit& unit = plugIn();

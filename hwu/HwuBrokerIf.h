@@ -4,11 +4,19 @@
 // and observers hear about all of it.
 
 #include "frame/FuncId.h"
+#include "hwu/BfuIf.h"
+#include "hwu/BfuStatusIf.h"
 #include "hwu/BrokerObserverIf.h"
+#include "hwu/CluIf.h"
 #include "hwu/HwuStatusIf.h"
+#include "hwu/PduIf.h"
+#include "hwu/PsuIf.h"
+#include "hwu/SauIf.h"
+#include "hwu/ScuIf.h"
 
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
 class SscHandleIf;
 
@@ -27,6 +35,19 @@ public:
     virtual void hwuMissing(const FuncId_t& funcId) = 0;
     // The unit of that function; NIL when there is none.
     virtual HwuStatusIf* getHwu(const FuncId_t& funcId) = 0;
+    // The same as its kind; NIL when there is none (or it is of no such kind).
+    virtual BfuIf* getBfu(const FuncId_t& funcId) = 0;
+    virtual PduIf* getPdu(const FuncId_t& funcId) = 0;
+    virtual PsuIf* getPsu(const FuncId_t& funcId) = 0;
+    virtual SauIf* getSau(const FuncId_t& funcId) = 0;
+    virtual ScuIf* getScu(const FuncId_t& funcId) = 0;
+    virtual CluIf* getClu(const FuncId_t& funcId) = 0;
+    // Every unit of a kind, newest first: what the regulators walk.
+    virtual std::vector<HwuStatusIf*> getUnits(std::uint32_t funcType) = 0;
+    // The SCU that speaks for a cabinet: on port 1, of that cabinet or any
+    // with a dual box; else the last one looked at; NIL without SCUs.
+    virtual ScuIf* getPrimaryScu(std::uint32_t cabinetFuncInst) = 0;
+    virtual BfuStatusIf& getBfuStatus() = 0;
     virtual std::uint32_t getBfuCount() const = 0;
     virtual std::uint32_t getPduCount() const = 0;
     virtual std::uint32_t getPsuCount() const = 0;
