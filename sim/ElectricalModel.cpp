@@ -1,0 +1,106 @@
+#include "sim/ElectricalModel.h"
+
+#include <algorithm>
+
+namespace sim {
+
+namespace {
+constexpr double kScanStepV = 0.5;
+constexpr int kBisections = 24;
+constexpr double kLowestBusV = 1.0; // below this the bus has collapsed
+} // namespace
+
+ElectricalModel::ElectricalModel(const ElectricalParameters& parameters, const BatteryParameters& battery)
+    : m_parameters(parameters), m_battery(battery)
+{
+    m_battery.stateOfCharge = std::clamp(m_battery.stateOfCharge, 0.0, 1.0);
+    m_busV = openCircuitV();
+}
+
+std::size_t ElectricalModel::addPsu(const PsuParameters& psu)
+{
+    m_psus.push_back(psu);
+    m_psuCurrentA.push_back(0.0);
+    return m_psus.size() - 1;
+}
+
+void ElectricalModel::setPsuSetPoint(std::size_t psu, double volts)
+{
+    if (psu < m_psus.size()) m_psus[psu].setPointV = std::max(volts, 0.0);
+}
+
+double ElectricalModel::openCircuitV() const
+{
+    const double block = m_battery.emptyBlockV + (m_battery.fullBlockV - m_battery.emptyBlockV) * m_battery.stateOfCharge;
+    return block * m_battery.blocks;
+}
+
+double ElectricalModel::psuCurrent(const PsuParameters& psu, double volts) const
+{
+    if (!m_mains || psu.droopOhm <= 0) return 0.0;
+    return std::clamp((psu.setPointV - volts) / psu.droopOhm, 0.0, psu.currentLimitA);
+}
+
+double ElectricalModel::surplusA(double volts) const
+{
+    double sources = 0.0;
+    for (const PsuParameters& psu : m_psus) sources += psuCurrent(psu, volts);
+    // The battery discharges above zero, charges below.
+    if (contactorClosed() && m_battery.internalOhm > 0) sources += (openCircuitV() - volts) / m_battery.internalOhm;
+    return sources - m_parameters.loadW / volts;
+}
+
+double ElectricalModel::solveBusV() const
+{
+    // The operating point is the highest voltage where the sources carry the
+    // load: scan down from above every source, then narrow it down.
+    double high = openCircuitV();
+    for (const PsuParameters& psu : m_psus) high = std::max(high, psu.setPointV);
+    high += kScanStepV;
+    double low = high;
+    while (low > kLowestBusV && surplusA(low) < 0) low -= kScanStepV;
+    if (low <= kLowestBusV) return 0.0;
+    double upper = std::min(low + kScanStepV, high);
+    for (int i = 0; i < kBisections; ++i) {
+        const double middle = (low + upper) / 2.0;
+        (surplusA(middle) >= 0 ? low : upper) = middle;
+    }
+    return low;
+}
+
+void ElectricalModel::step(double seconds)
+{
+    m_busV = solveBusV();
+    for (std::size_t index = 0; index < m_psus.size(); ++index)
+        m_psuCurrentA[index] = m_busV > 0 ? psuCurrent(m_psus[index], m_busV) : 0.0;
+    const double dischargeA =
+        contactorClosed() && m_busV > 0 ? (openCircuitV() - m_busV) / m_battery.internalOhm : 0.0;
+    m_batteryChargeA = -dischargeA;
+    const double hours = seconds / 3600.0;
+    if (dischargeA > 0) {
+        m_ampHoursOut += dischargeA * hours;
+        m_battery.stateOfCharge -= dischargeA * hours / m_battery.capacityAh;
+    } else {
+        m_ampHoursIn += -dischargeA * hours;
+        m_battery.stateOfCharge += -dischargeA * hours * m_battery.chargeEfficiency / m_battery.capacityAh;
+    }
+    m_battery.stateOfCharge = std::clamp(m_battery.stateOfCharge, 0.0, 1.0);
+    // The contactor protects the battery from deep discharge, and closes
+    // again once the PSUs hold the bus up.
+    if (contactorClosed() && m_busV < m_parameters.disconnectV) m_disconnected = true;
+    else if (m_disconnected && m_busV >= m_parameters.reconnectV) m_disconnected = false;
+}
+
+double ElectricalModel::psuLossW() const
+{
+    double loss = 0.0;
+    for (std::size_t index = 0; index < m_psus.size(); ++index) {
+        const double output = m_busV * m_psuCurrentA[index];
+        if (m_psus[index].efficiency > 0) loss += output * (1.0 / m_psus[index].efficiency - 1.0);
+    }
+    return loss;
+}
+
+double ElectricalModel::batteryVoltageV() const { return contactorClosed() && m_busV > 0 ? m_busV : openCircuitV(); }
+
+} // namespace sim

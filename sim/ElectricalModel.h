@@ -1,0 +1,84 @@
+#pragma once
+// The cabinet's DC system as magnitudes (volts positive here; the units put
+// the sign of the -48 V system on): PSUs that hold a set point with a droop
+// up to a current limit while mains is present, a constant-power load, and
+// one battery string on a contactor with an undervoltage disconnect. Each
+// step finds the bus voltage where the sources carry the load, then moves
+// the battery's charge. Deterministic: a fixed search, no randomness.
+
+#include <cstdint>
+#include <vector>
+
+namespace sim {
+
+struct PsuParameters {
+    double setPointV = 54.5;
+    double droopOhm = 0.02;     // output voltage falls this much per ampere
+    double currentLimitA = 50.0;
+    double efficiency = 0.92;   // output power over input power
+};
+
+struct BatteryParameters {
+    double capacityAh = 100.0;
+    std::uint32_t blocks = 4;   // 12 V blocks in series
+    double emptyBlockV = 11.6;  // open-circuit voltage of a block at 0 % charge
+    double fullBlockV = 12.9;   // and at 100 %
+    double internalOhm = 0.04;  // of the whole string
+    double chargeEfficiency = 0.9; // share of the charge that is stored
+    double stateOfCharge = 1.0;    // 0 to 1
+};
+
+struct ElectricalParameters {
+    double loadW = 1200.0;
+    double disconnectV = 43.2;  // the contactor opens below this
+    double reconnectV = 48.0;   // and closes again when the PSUs give this
+};
+
+class ElectricalModel {
+public:
+    ElectricalModel(const ElectricalParameters& parameters, const BatteryParameters& battery);
+
+    std::size_t addPsu(const PsuParameters& psu);
+    void setPsuSetPoint(std::size_t psu, double volts);
+    void setMains(bool present) { m_mains = present; }
+    void setLoadW(double watts) { m_parameters.loadW = watts < 0 ? 0 : watts; }
+    // The node's connect command for the battery.
+    void setContactor(bool closed) { m_contactorCommanded = closed; }
+
+    void step(double seconds);
+
+    double busV() const { return m_busV; }
+    double psuCurrentA(std::size_t psu) const { return psu < m_psuCurrentA.size() ? m_psuCurrentA[psu] : 0.0; }
+    double psuLossW() const;
+    // Positive while charging.
+    double batteryCurrentA() const { return m_batteryChargeA; }
+    double batteryVoltageV() const;
+    double openCircuitV() const;
+    double stateOfCharge() const { return m_battery.stateOfCharge; }
+    double loadCurrentA() const { return m_busV > 0 ? m_parameters.loadW / m_busV : 0.0; }
+    bool contactorClosed() const { return m_contactorCommanded && !m_disconnected; }
+    bool mains() const { return m_mains; }
+    // Charge that went in and out of the battery, in ampere hours, since start.
+    double ampHoursIn() const { return m_ampHoursIn; }
+    double ampHoursOut() const { return m_ampHoursOut; }
+
+private:
+    double psuCurrent(const PsuParameters& psu, double volts) const;
+    // Source current minus load current at bus voltage `volts`.
+    double surplusA(double volts) const;
+    double solveBusV() const;
+
+    ElectricalParameters m_parameters;
+    BatteryParameters m_battery;
+    std::vector<PsuParameters> m_psus;
+    std::vector<double> m_psuCurrentA;
+    bool m_mains = true;
+    bool m_contactorCommanded = true;
+    bool m_disconnected = false;
+    double m_busV = 0.0;
+    double m_batteryChargeA = 0.0;
+    double m_ampHoursIn = 0.0;
+    double m_ampHoursOut = 0.0;
+};
+
+} // namespace sim
