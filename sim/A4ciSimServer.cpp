@@ -102,6 +102,7 @@ std::vector<A4ciSimServer::Outgoing> A4ciSimServer::handle(const std::string& si
     m_client = from;
     m_nowMs = nowMs;
     m_outgoing.clear();
+    m_cabinet.advancePlant(nowMs);
     const ose::SIGSELECT sigNo = signal.size() >= 4 ? ose::loadBe32(signal.data()) : 0;
     switch (sigNo) {
     case a4ci::A4CI_CONN_ESTABLISH_REQ: handleConnect(signal); break;

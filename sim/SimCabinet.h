@@ -2,6 +2,7 @@
 // The simulated cabinet behind the bus server: its units by port and
 // address, the bus settings, and the bus log that tests read.
 
+#include "sim/Plant.h"
 #include "sim/SimUnit.h"
 
 #include <cstdint>
@@ -51,6 +52,14 @@ public:
     std::size_t logCapacity = 4096;
 
     std::uint32_t connections = 0; // connection requests confirmed
+
+    // The physics behind the units' measurements; without one, units keep
+    // the values they were given.
+    std::unique_ptr<Plant> plant;
+    void advancePlant(std::uint64_t nowMs)
+    {
+        if (plant) plant->advanceTo(nowMs, *this);
+    }
 
 private:
     static std::size_t slot(std::uint16_t port, std::uint8_t address) { return (port - 1u) * 256u + address; }

@@ -104,6 +104,39 @@ void readUnit(const TiXmlElement& element, SimCabinet& cabinet)
     }
 }
 
+// Whole numbers in the units named; each attribute is optional.
+void readPlant(const TiXmlElement& element, SimCabinet& cabinet)
+{
+    PlantParameters parameters;
+    const auto optional = [&element](const char* name, std::int64_t low, std::int64_t high, double& into,
+                                     double scale) {
+        if (element.Attribute(name) != nullptr) into = static_cast<double>(numberAttribute(element, name, low, high)) * scale;
+    };
+    double blocks = parameters.battery.blocks;
+    double mains = 1.0;
+    optional("ambientC", -60, 70, parameters.thermal.ambientC, 1.0);
+    optional("ambientSwingC", 0, 40, parameters.thermal.ambientSwingC, 1.0);
+    optional("heatCapacityJPerK", 1000, 10000000, parameters.thermal.heatCapacityJPerK, 1.0);
+    optional("wallConductanceWPerK", 0, 10000, parameters.thermal.wallConductanceWPerK, 1.0);
+    optional("radioLoadW", 0, 100000, parameters.thermal.radioLoadW, 1.0);
+    optional("airflowPerGroupLPerS", 0, 10000, parameters.thermal.airflowPerGroupM3PerS, 0.001);
+    optional("heaterW", 0, 10000, parameters.thermal.heaterW, 1.0);
+    optional("loadW", 0, 100000, parameters.electrical.loadW, 1.0);
+    optional("disconnectCentivolt", 0, 10000, parameters.electrical.disconnectV, 0.01);
+    optional("reconnectCentivolt", 0, 10000, parameters.electrical.reconnectV, 0.01);
+    optional("batteryAh", 1, 100000, parameters.battery.capacityAh, 1.0);
+    optional("batteryBlocks", 1, 40, blocks, 1.0);
+    optional("batteryChargePercent", 0, 100, parameters.battery.stateOfCharge, 0.01);
+    optional("batteryMilliohm", 1, 100000, parameters.battery.internalOhm, 0.001);
+    optional("psuCurrentLimitA", 1, 1000, parameters.psu.currentLimitA, 1.0);
+    optional("psuDroopMilliohm", 1, 100000, parameters.psu.droopOhm, 0.001);
+    optional("psuSetPointCentivolt", 0, 10000, parameters.psu.setPointV, 0.01);
+    optional("mains", 0, 1, mains, 1.0);
+    parameters.battery.blocks = static_cast<std::uint32_t>(blocks);
+    cabinet.plant = std::make_unique<Plant>(parameters);
+    cabinet.plant->electrical().setMains(mains != 0.0);
+}
+
 void readSite(const TiXmlElement& root, SimCabinet& cabinet)
 {
     if (std::string(root.Value()) != "site") throw SiteError{root.Row(), "the root element must be <site>"};
@@ -112,6 +145,7 @@ void readSite(const TiXmlElement& root, SimCabinet& cabinet)
         if (tag == "unit") readUnit(*child, cabinet);
         else if (tag == "bus")
             cabinet.busTimeoutMs = static_cast<std::uint32_t>(numberAttribute(*child, "timeoutMs", 0, 60000));
+        else if (tag == "plant") readPlant(*child, cabinet);
         else throw SiteError{child->Row(), "<" + tag + "> does not belong in <site>"};
     }
 }
@@ -135,6 +169,7 @@ bool SiteFile::parse(const std::string& text, const std::string& name, SimCabine
     } catch (const SiteError& refused) {
         error = name + ":" + std::to_string(refused.line) + ": " + refused.reason;
         for (SimUnit* unit : cabinet.units()) cabinet.removeUnit(unit->port(), unit->address());
+        cabinet.plant.reset();
         return false;
     }
     return true;

@@ -1,0 +1,85 @@
+#include "sim/Plant.h"
+
+#include "sim/SimCabinet.h"
+#include "sim/SiteFile.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace sim;
+
+class PlantTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        std::string error;
+        ASSERT_TRUE(SiteFile::load(SSC_SOURCE_DIR "/sim/sites/outdoor.xml", m_cabinet, error)) << error;
+        ASSERT_NE(m_cabinet.plant, nullptr);
+    }
+    std::int32_t value(std::uint8_t address, const char* name) { return m_cabinet.unit(1, address)->get(name).value_or(-1); }
+    void advanceBy(std::uint64_t ms)
+    {
+        m_nowMs += ms;
+        m_cabinet.advancePlant(m_nowMs);
+    }
+
+    SimCabinet m_cabinet;
+    std::uint64_t m_nowMs = 0;
+};
+
+TEST_F(PlantTest, TheUnitsMeasurementsFollowTheModelsWithTheSignsTheNodeExpects)
+{
+    advanceBy(3600 * 1000);
+    // Three PSUs share 1.2 kW on a bus near their set point.
+    const std::int32_t bus = value(48, "outputVoltage");
+    EXPECT_LT(bus, -5300);
+    EXPECT_GT(bus, -5450);
+    EXPECT_EQ(value(80, "systemVoltage"), bus);
+    EXPECT_EQ(value(64, "systemVoltage"), bus);
+    const std::int32_t current = value(48, "outputCurrent") + value(49, "outputCurrent") + value(50, "outputCurrent");
+    EXPECT_NEAR(current / 10.0, 1200.0 / (-bus / 100.0) + value(64, "batteryCurrent") / 10.0, 0.5);
+    EXPECT_GE(value(64, "batteryCurrent"), 0) << "a full battery floats or charges";
+    // The fans are off: the cabinet is well above the ambient air.
+    EXPECT_GT(value(32, "scuTemperature"), 40);
+}
+
+TEST_F(PlantTest, AMainsLossMovesTheLoadToTheBatteryAndTheNodesSetPointMovesTheBus)
+{
+    advanceBy(60 * 1000);
+    m_cabinet.unit(1, 48)->set("set.outputVoltage", -5300);
+    m_cabinet.unit(1, 49)->set("set.outputVoltage", -5300);
+    m_cabinet.unit(1, 50)->set("set.outputVoltage", -5300);
+    advanceBy(60 * 1000);
+    EXPECT_LT(value(48, "outputVoltage"), -5250);
+    EXPECT_GT(value(48, "outputVoltage"), -5300);
+
+    m_cabinet.plant->electrical().setMains(false);
+    advanceBy(10 * 1000);
+    EXPECT_EQ(value(48, "outputCurrent"), 0);
+    EXPECT_EQ(value(48, "inputVoltageLow"), 1);
+    // Some 24 A out of the battery at about 50 V.
+    EXPECT_LT(value(64, "batteryCurrent"), -200);
+    EXPECT_GT(value(64, "batteryCurrent"), -280);
+    EXPECT_EQ(value(64, "batteryVoltage"), value(64, "systemVoltage"));
+}
+
+TEST_F(PlantTest, FansFromTheNodeCoolTheCabinetAndTheSameRunGivesTheSameNumbers)
+{
+    m_cabinet.unit(1, 32)->set("set.fanSpeed1", 100);
+    m_cabinet.unit(1, 32)->set("set.fanSpeed2", 100);
+    advanceBy(4 * 3600 * 1000);
+    const std::int32_t cooled = value(32, "scuTemperature");
+    EXPECT_LT(cooled, 40);
+
+    SimCabinet again;
+    std::string error;
+    ASSERT_TRUE(SiteFile::load(SSC_SOURCE_DIR "/sim/sites/outdoor.xml", again, error));
+    again.unit(1, 32)->set("set.fanSpeed1", 100);
+    again.unit(1, 32)->set("set.fanSpeed2", 100);
+    again.advancePlant(4 * 3600 * 1000);
+    EXPECT_EQ(again.unit(1, 32)->get("scuTemperature"), cooled);
+    EXPECT_EQ(again.unit(1, 48)->get("outputVoltage"), m_cabinet.unit(1, 48)->get("outputVoltage"));
+}
+
+} // namespace
