@@ -43,7 +43,10 @@ TEST(SscctlCommandTest, BadCommandLinesAreRefusedWithAReason)
                           Case{{"emi", "explode", "psu", "1"}, "unknown emi step 'explode'"},
                           Case{{"sim", "melt", "48"}, "sim needs"},
                           Case{{"sim", "replace", "48"}, "sim needs"},
-                          Case{{"sim", "silence", "a0"}, "not a number"}}) {
+                          Case{{"sim", "silence", "a0"}, "not a number"},
+                          Case{{"sim", "mains-loss", "48"}, "sim needs"},
+                          Case{{"sim", "fan-fail"}, "sim needs"},
+                          Case{{"sim", "set", "32", "doorSwitchOpen"}, "sim needs"}}) {
         SscctlCommand command;
         std::string error;
         EXPECT_FALSE(parseSscctl(c.args, command, error));
@@ -64,6 +67,11 @@ TEST(SscctlCommandTest, EmiTakesItsStepsInOrderAndSimItsFault)
     ASSERT_TRUE(parseSscctl({"sim", "replace", "48", "12345", "2"}, command, error)) << error;
     EXPECT_EQ(command.verb, SscctlCommand::Verb::Sim);
     EXPECT_EQ(command.words, (std::vector<std::string>{"replace", "48", "12345", "2"}));
+    for (std::vector<std::string> args : {std::vector<std::string>{"sim", "ambient", "-10"},
+                                          std::vector<std::string>{"sim", "set", "32", "doorSwitchOpen", "1"},
+                                          std::vector<std::string>{"sim", "mains-loss"},
+                                          std::vector<std::string>{"sim", "fan-fail", "2"}})
+        EXPECT_TRUE(parseSscctl(args, command, error)) << args[1] << ": " << error;
 }
 
 TEST(SscctlCommandTest, AnUnreachableNodeGivesExitCodeThree)

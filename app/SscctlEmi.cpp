@@ -147,18 +147,69 @@ int runEmi(const std::vector<std::string>& words, ose::GatewayClient& client, st
     return kDone;
 }
 
+namespace {
+
+struct SimVerb {
+    const char* word;
+    simctl::FaultKind kind;
+    int numbers; // after the verb, before an optional port
+    bool unitEvent; // aimed at a unit by address (else the plant)
+};
+
+constexpr SimVerb kSimVerbs[] = {
+    {"silence", simctl::FaultKind::Silent, 1, true},
+    {"clear", simctl::FaultKind::Clear, 1, true},
+    {"restart", simctl::FaultKind::Restart, 1, true},
+    {"replace", simctl::FaultKind::Replace, 2, true},
+    {"mains-loss", simctl::FaultKind::MainsLoss, 0, false},
+    {"mains-return", simctl::FaultKind::MainsReturn, 0, false},
+    {"fan-fail", simctl::FaultKind::FanFailure, 1, false},
+    {"fan-repair", simctl::FaultKind::FanRepair, 1, false},
+    {"ambient", simctl::FaultKind::Ambient, 1, false},
+    {"cell-fault", simctl::FaultKind::BatteryCellFault, 0, false},
+};
+
+const SimVerb* simVerbOf(const std::string& word)
+{
+    for (const SimVerb& verb : kSimVerbs)
+        if (word == verb.word) return &verb;
+    return nullptr;
+}
+
+// A number that may be negative.
+bool parseSigned(const std::string& text, std::int64_t& value)
+{
+    std::uint64_t magnitude = 0;
+    const bool negative = !text.empty() && text[0] == '-';
+    if (!parseUnsigned(negative ? text.substr(1) : text, magnitude) || magnitude > 0x7FFFFFFF) return false;
+    value = negative ? -static_cast<std::int64_t>(magnitude) : static_cast<std::int64_t>(magnitude);
+    return true;
+}
+
+const char* kSimUsage = "sim needs silence|clear|restart ADDRESS [PORT], replace ADDRESS SERIAL [PORT], "
+                        "set ADDRESS NAME VALUE [PORT], mains-loss, mains-return, fan-fail|fan-repair GROUP, "
+                        "ambient DEGREES or cell-fault";
+
+} // namespace
+
 bool checkSimArgs(const std::vector<std::string>& args, std::string& error)
 {
-    std::uint64_t number = 0;
-    const bool replace = !args.empty() && args[0] == "replace";
-    const std::size_t needed = replace ? 3 : 2;
-    const bool known = !args.empty() && (args[0] == "silence" || args[0] == "clear" || args[0] == "restart" || replace);
-    if (!known || args.size() < needed || args.size() > needed + 1) {
-        error = "sim needs silence|clear|restart ADDRESS [PORT] or replace ADDRESS SERIAL [PORT]";
+    std::int64_t number = 0;
+    if (!args.empty() && args[0] == "set") {
+        const bool ok = (args.size() == 4 || args.size() == 5) && parseSigned(args[1], number) &&
+                        parseSigned(args[3], number) && (args.size() == 4 || parseSigned(args[4], number));
+        if (!ok) error = kSimUsage;
+        return ok;
+    }
+    const SimVerb* verb = args.empty() ? nullptr : simVerbOf(args[0]);
+    const std::size_t needed = verb != nullptr ? 1 + static_cast<std::size_t>(verb->numbers) : 0;
+    const std::size_t most = verb != nullptr && verb->unitEvent ? needed + 1 : needed;
+    if (verb == nullptr || args.size() < needed || args.size() > most) {
+        error = kSimUsage;
         return false;
     }
     for (std::size_t i = 1; i < args.size(); ++i)
-        if (!parseUnsigned(args[i], number)) {
+        if (!parseSigned(args[i], number)) {
             error = "sim: '" + args[i] + "' is not a number";
             return false;
         }
@@ -177,23 +228,38 @@ int runSim(const std::vector<std::string>& args, ose::GatewayClient& client, std
         err << "sscctl: the node has no simulated bus (A4ciServer)\n";
         return client.isConnected() ? kNotFound : kNoNode;
     }
-    const bool replace = args[0] == "replace";
-    std::uint64_t address = 0;
-    std::uint64_t value = 0;
-    std::uint64_t port = 1;
-    parseUnsigned(args[1], address);
-    if (replace) parseUnsigned(args[2], value);
-    if (args.size() == (replace ? 4U : 3U)) parseUnsigned(args.back(), port);
-    simctl::SIM_FAULT_REQ_S request{};
-    request.sigNo = simctl::SIM_FAULT_REQ;
-    request.port = static_cast<std::uint16_t>(port);
-    request.address = static_cast<std::uint8_t>(address);
-    request.kind = static_cast<std::uint16_t>(args[0] == "silence"   ? simctl::FaultKind::Silent
-                                              : args[0] == "clear"   ? simctl::FaultKind::Clear
-                                              : args[0] == "restart" ? simctl::FaultKind::Restart
-                                                                     : simctl::FaultKind::Replace);
-    request.value = static_cast<std::int32_t>(value);
-    if (!client.send(*bus, std::string(reinterpret_cast<const char*>(&request), sizeof request))) {
+    std::vector<std::int64_t> numbers;
+    for (std::size_t i = 1; i < args.size(); ++i) {
+        std::int64_t number = 0;
+        if (args[0] != "set" || i != 2) parseSigned(args[i], number);
+        numbers.push_back(number);
+    }
+    std::string request;
+    ose::SIGSELECT cfmNo = simctl::SIM_FAULT_CFM;
+    if (args[0] == "set") {
+        simctl::SIM_VALUE_REQ_S set{};
+        set.sigNo = simctl::SIM_SET_VALUE_REQ;
+        set.address = static_cast<std::uint8_t>(numbers[0]);
+        set.port = static_cast<std::uint16_t>(args.size() == 5 ? numbers[3] : 1);
+        set.value = static_cast<std::int32_t>(numbers[2]);
+        std::strncpy(set.name, args[2].c_str(), sizeof set.name - 1);
+        request.assign(reinterpret_cast<const char*>(&set), sizeof set);
+        cfmNo = simctl::SIM_SET_VALUE_CFM;
+    } else {
+        const SimVerb& verb = *simVerbOf(args[0]);
+        simctl::SIM_FAULT_REQ_S fault{};
+        fault.sigNo = simctl::SIM_FAULT_REQ;
+        fault.kind = static_cast<std::uint16_t>(verb.kind);
+        if (verb.unitEvent) {
+            fault.address = static_cast<std::uint8_t>(numbers[0]);
+            fault.port = static_cast<std::uint16_t>(numbers.size() > static_cast<std::size_t>(verb.numbers) ? numbers.back() : 1);
+            if (verb.numbers == 2) fault.value = static_cast<std::int32_t>(numbers[1]);
+        } else if (verb.numbers == 1) {
+            fault.value = static_cast<std::int32_t>(numbers[0]);
+        }
+        request.assign(reinterpret_cast<const char*>(&fault), sizeof fault);
+    }
+    if (!client.send(*bus, request)) {
         err << "sscctl: " << client.lastError() << "\n";
         return kNoNode;
     }
@@ -202,8 +268,8 @@ int runSim(const std::vector<std::string>& args, ose::GatewayClient& client, std
         err << "sscctl: the simulator did not answer\n";
         return kNotFound;
     }
-    if (answer->sigNo() == simctl::SIM_FAULT_CFM) {
-        out << "unit at port " << port << " address " << address << ": " << args[0] << " done\n";
+    if (answer->sigNo() == cfmNo) {
+        out << "sim " << args[0] << ": done\n";
         return kDone;
     }
     simctl::SIM_REJ_S rej{};

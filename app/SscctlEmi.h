@@ -17,7 +17,9 @@ namespace app {
 bool checkEmiSteps(const std::vector<std::string>& steps, std::string& error);
 int runEmi(const std::vector<std::string>& steps, ose::GatewayClient& client, std::ostream& out, std::ostream& err);
 
-// silence|clear|restart ADDRESS [PORT], replace ADDRESS SERIAL [PORT].
+// silence|clear|restart ADDRESS [PORT], replace ADDRESS SERIAL [PORT], set
+// ADDRESS NAME VALUE [PORT], and the plant's events: mains-loss,
+// mains-return, fan-fail|fan-repair GROUP, ambient DEGREES, cell-fault.
 bool checkSimArgs(const std::vector<std::string>& args, std::string& error);
 int runSim(const std::vector<std::string>& args, ose::GatewayClient& client, std::ostream& out, std::ostream& err);
 

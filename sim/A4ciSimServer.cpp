@@ -257,6 +257,8 @@ void A4ciSimServer::handleFault(const std::string& signal)
     using simctl::FaultKind;
     const auto* request = view<simctl::SIM_FAULT_REQ_S>(signal);
     if (request == nullptr) return reject(simctl::SIM_FAULT_REJ, "signal too short");
+    if (static_cast<std::uint16_t>(request->kind) >= static_cast<std::uint16_t>(FaultKind::MainsLoss))
+        return handlePlantEvent(*request);
     SimUnit* unit = m_cabinet.unit(request->port, request->address);
     if (unit == nullptr) return reject(simctl::SIM_FAULT_REJ, "no unit at that port and address");
     UnitFaults& faults = unit->faults();
@@ -274,6 +276,32 @@ void A4ciSimServer::handleFault(const std::string& signal)
     case FaultKind::Replace: unit->replace(ose::format("SIM%08d", value), m_nowMs); break;
     case FaultKind::Restart: unit->restart(m_nowMs); break;
     case FaultKind::NoProductData: faults.noProductData.arm(count, value); break;
+    default: return reject(simctl::SIM_FAULT_REJ, "unknown fault kind");
+    }
+    simctl::SIM_VALUE_CFM_S cfm{};
+    cfm.sigNo = simctl::SIM_FAULT_CFM;
+    reply(bytesOf(cfm));
+}
+
+void A4ciSimServer::handlePlantEvent(const simctl::SIM_FAULT_REQ_S& request)
+{
+    using simctl::FaultKind;
+    if (!m_cabinet.plant) return reject(simctl::SIM_FAULT_REJ, "this site has no plant");
+    Plant& plant = *m_cabinet.plant;
+    const std::int32_t value = request.value;
+    const bool group = value >= 1 && value <= static_cast<std::int32_t>(ThermalModel::kFanGroups);
+    switch (static_cast<FaultKind>(static_cast<std::uint16_t>(request.kind))) {
+    case FaultKind::MainsLoss: plant.electrical().setMains(false); break;
+    case FaultKind::MainsReturn: plant.electrical().setMains(true); break;
+    case FaultKind::FanFailure:
+    case FaultKind::FanRepair:
+        if (!group) return reject(simctl::SIM_FAULT_REJ, "no fan group " + std::to_string(value));
+        plant.thermal().setFanFailed(static_cast<std::uint32_t>(value - 1),
+                                     static_cast<FaultKind>(static_cast<std::uint16_t>(request.kind)) ==
+                                         FaultKind::FanFailure);
+        break;
+    case FaultKind::Ambient: plant.thermal().setAmbientC(value); break;
+    case FaultKind::BatteryCellFault: plant.electrical().failCell(); break;
     default: return reject(simctl::SIM_FAULT_REJ, "unknown fault kind");
     }
     simctl::SIM_VALUE_CFM_S cfm{};

@@ -6,6 +6,7 @@
 // an outside program through the gateway (ssc-sim) alike.
 
 #include "sim/SimCabinet.h"
+#include "sim/SimControlSignals.h"
 
 #include "ose/Signal.h"
 #include "ose/Types.h"
@@ -54,6 +55,7 @@ private:
     void answerRequest(std::uint16_t port, std::uint8_t address, const std::string& request, BusLogEntry& entry);
     void handleValue(const std::string& signal, bool set);
     void handleFault(const std::string& signal);
+    void handlePlantEvent(const simctl::SIM_FAULT_REQ_S& request);
     void handleRawAnswer(const std::string& signal);
     void reject(ose::SIGSELECT sigNo, const std::string& reason);
     void reply(std::string bytes, std::uint32_t delayMs = 0);

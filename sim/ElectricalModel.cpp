@@ -32,7 +32,14 @@ void ElectricalModel::setPsuSetPoint(std::size_t psu, double volts)
 double ElectricalModel::openCircuitV() const
 {
     const double block = m_battery.emptyBlockV + (m_battery.fullBlockV - m_battery.emptyBlockV) * m_battery.stateOfCharge;
-    return block * m_battery.blocks;
+    return block * m_battery.blocks - m_failedCellsV;
+}
+
+void ElectricalModel::failCell()
+{
+    constexpr double kCellV = 2.1;
+    m_failedCellsV += kCellV;
+    m_battery.internalOhm *= 2.0;
 }
 
 double ElectricalModel::psuCurrent(const PsuParameters& psu, double volts) const

@@ -42,6 +42,9 @@ public:
     void setPsuSetPoint(std::size_t psu, double volts);
     void setMains(bool present) { m_mains = present; }
     void setLoadW(double watts) { m_parameters.loadW = watts < 0 ? 0 : watts; }
+    // A failed cell: the string loses a cell's voltage and its resistance
+    // doubles.
+    void failCell();
     // The node's connect command for the battery.
     void setContactor(bool closed) { m_contactorCommanded = closed; }
 
@@ -79,6 +82,7 @@ private:
     double m_batteryChargeA = 0.0;
     double m_ampHoursIn = 0.0;
     double m_ampHoursOut = 0.0;
+    double m_failedCellsV = 0.0;
 };
 
 } // namespace sim

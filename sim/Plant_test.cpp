@@ -1,6 +1,8 @@
 #include "sim/Plant.h"
 
+#include "sim/A4ciSimServer.h"
 #include "sim/SimCabinet.h"
+#include "sim/SimControlSignals.h"
 #include "sim/SiteFile.h"
 
 #include <gtest/gtest.h>
@@ -80,6 +82,40 @@ TEST_F(PlantTest, FansFromTheNodeCoolTheCabinetAndTheSameRunGivesTheSameNumbers)
     again.advancePlant(4 * 3600 * 1000);
     EXPECT_EQ(again.unit(1, 32)->get("scuTemperature"), cooled);
     EXPECT_EQ(again.unit(1, 48)->get("outputVoltage"), m_cabinet.unit(1, 48)->get("outputVoltage"));
+}
+
+TEST_F(PlantTest, PlantEventsComeThroughTheControlSignalsAndARefusalNamesTheReason)
+{
+    A4ciSimServer server(m_cabinet);
+    const auto event = [&server](simctl::FaultKind kind, std::int32_t value, std::uint64_t nowMs) {
+        simctl::SIM_FAULT_REQ_S request{};
+        request.sigNo = simctl::SIM_FAULT_REQ;
+        request.kind = static_cast<std::uint16_t>(kind);
+        request.value = value;
+        const auto answers = server.handle(std::string(reinterpret_cast<const char*>(&request), sizeof request), 1, nowMs);
+        return answers.empty() ? 0U : ose::loadBe32(answers.front().bytes.data());
+    };
+    EXPECT_EQ(event(simctl::FaultKind::MainsLoss, 0, 1000), simctl::SIM_FAULT_CFM);
+    advanceBy(10 * 1000);
+    EXPECT_EQ(value(49, "inputVoltageLow"), 1);
+    const std::int32_t beforeCellFault = value(64, "batteryVoltage");
+    EXPECT_EQ(event(simctl::FaultKind::BatteryCellFault, 0, m_nowMs), simctl::SIM_FAULT_CFM);
+    advanceBy(5 * 1000);
+    // A cell less: the string is weaker, its voltage falls by some 2 V more.
+    EXPECT_GT(value(64, "batteryVoltage"), beforeCellFault + 150);
+    EXPECT_EQ(event(simctl::FaultKind::MainsReturn, 0, m_nowMs), simctl::SIM_FAULT_CFM);
+    EXPECT_EQ(event(simctl::FaultKind::FanFailure, 5, m_nowMs), simctl::SIM_FAULT_REJ);
+    EXPECT_EQ(event(simctl::FaultKind::Ambient, -10, m_nowMs), simctl::SIM_FAULT_CFM);
+    EXPECT_DOUBLE_EQ(m_cabinet.plant->thermal().ambientC(0) + 0.0, -10.0 - 8.0 * 0.5);
+
+    SimCabinet noPlant;
+    A4ciSimServer plain(noPlant);
+    simctl::SIM_FAULT_REQ_S request{};
+    request.sigNo = simctl::SIM_FAULT_REQ;
+    request.kind = static_cast<std::uint16_t>(simctl::FaultKind::MainsLoss);
+    const auto answers = plain.handle(std::string(reinterpret_cast<const char*>(&request), sizeof request), 1, 0);
+    ASSERT_EQ(answers.size(), 1u);
+    EXPECT_EQ(ose::loadBe32(answers.front().bytes.data()), simctl::SIM_FAULT_REJ);
 }
 
 } // namespace

@@ -65,6 +65,13 @@ enum class FaultKind : std::uint16_t {
     Replace = 8,     // another unit: serial number "SIM" and `value` in 8 digits, then a restart
     Restart = 9,     // the unit restarts: deaf for its boot time, then the start flag
     NoProductData = 10, // the unit refuses product data requests with cause byte `value`
+    // Events of the plant (a site with <plant>); port and address are not read.
+    MainsLoss = 11,
+    MainsReturn = 12,
+    FanFailure = 13,    // fan group `value` (1 to 4) moves no air
+    FanRepair = 14,     // and moves air again
+    Ambient = 15,       // the mean ambient temperature becomes `value` degrees
+    BatteryCellFault = 16, // one cell of the string fails: 2.1 V less, twice the resistance
 };
 
 // `count`: how many requests the fault affects, 0 for all until cleared.

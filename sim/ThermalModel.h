@@ -38,6 +38,7 @@ public:
     void setFanSpeed(std::uint32_t group, double percent);
     void setFanFailed(std::uint32_t group, bool failed);
     void setHeater(std::uint32_t heater, bool on);
+    void setAmbientC(double meanC) { m_parameters.ambientC = meanC; }
     // Heat of the PSUs' losses, in watts, as the electrical model gives it.
     void setPsuLossW(double watts) { m_psuLossW = watts; }
     // A sensor's hot spot; its index.
