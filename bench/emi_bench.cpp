@@ -25,6 +25,7 @@
 #include <chrono>
 #include <cstring>
 #include <functional>
+#include <span>
 #include <string>
 
 namespace {
@@ -43,12 +44,14 @@ ose::PROCESS startProcess(ose::World& world, const std::string& name, std::funct
     return pid;
 }
 
-bool loadDefaultSite(sim::SimCabinet& cabinet)
+bool loadSite(sim::SimCabinet& cabinet, const char* site = SSC_SOURCE_DIR "/sim/sites/default.xml")
 {
     std::string error;
     cabinet.logCapacity = 0;
-    return sim::SiteFile::load(SSC_SOURCE_DIR "/sim/sites/default.xml", cabinet, error);
+    return sim::SiteFile::load(site, cabinet, error);
 }
+
+bool loadDefaultSite(sim::SimCabinet& cabinet) { return loadSite(cabinet); }
 
 template <typename T>
 void sendEmi(ose::PROCESS server, T body, ose::SIGSELECT sigNo, std::uint16_t objectType, std::uint32_t objectId)
@@ -64,22 +67,27 @@ void sendEmi(ose::PROCESS server, T body, ose::SIGSELECT sigNo, std::uint16_t ob
 
 struct Unit {
     std::uint16_t objectType;
+    std::uint32_t objectId;
     const char* hubPosition;
 };
-constexpr Unit kDefaultCabinet[] = {{kScu, ""}, {kSau, ""}, {kClu, ""}, {kPsu, "A1"}, {kBfu, "A1"}, {kPdu, "A1"}};
+constexpr Unit kDefaultCabinet[] = {{kScu, 1, ""},   {kSau, 1, ""},   {kClu, 1, ""},
+                                    {kPsu, 1, "A1"}, {kBfu, 1, "A1"}, {kPdu, 1, "A1"}};
+constexpr Unit kOutdoorCabinet[] = {{kScu, 1, ""},   {kPsu, 1, "A1"}, {kPsu, 2, "B1"},
+                                    {kPsu, 3, "A2"}, {kBfu, 1, "A1"}, {kPdu, 1, "A1"}};
 
-// A client that configures and subscribes the default cabinet's units and
-// notes when the last of them is operational.
-void configureAll(std::uint64_t& allOperationalAtMs, std::uint32_t& updates)
+// A client that configures and subscribes a cabinet's units and notes when
+// the last of them is operational.
+void configureAll(std::uint64_t& allOperationalAtMs, std::uint32_t& updates,
+                  std::span<const Unit> units = kDefaultCabinet)
 {
     ose::PROCESS server = 0;
     while (!ose::hunt(kServerName, 0, &server, nullptr)) ose::delay(1);
     const std::uint64_t start = ose::get_time_ms();
-    for (const Unit& unit : kDefaultCabinet) {
+    for (const Unit& unit : units) {
         EMI_SET_CONFIG_HWU_REQ_S config{};
         std::strncpy(config.hubPosition, unit.hubPosition, sizeof config.hubPosition - 1);
-        sendEmi(server, config, EMI_SET_CONFIG_REQ, unit.objectType, 1);
-        sendEmi(server, EMI_REQ_S{}, EMI_SUBSCRIBE_RESOURCE_DATA_REQ, unit.objectType, 1);
+        sendEmi(server, config, EMI_SET_CONFIG_REQ, unit.objectType, unit.objectId);
+        sendEmi(server, EMI_REQ_S{}, EMI_SUBSCRIBE_RESOURCE_DATA_REQ, unit.objectType, unit.objectId);
     }
     std::uint32_t operational = 0;
     for (;;) {
@@ -88,7 +96,7 @@ void configureAll(std::uint64_t& allOperationalAtMs, std::uint32_t& updates)
             ++updates;
             EMI_RESOURCE_DATA_S data{};
             std::memcpy(&data, signal, sizeof data);
-            if (data.words[0] == 1 && ++operational == std::size(kDefaultCabinet))
+            if (data.words[0] == 1 && ++operational == units.size())
                 allOperationalAtMs = ose::get_time_ms() - start;
         }
         ose::free_buf(&signal);
@@ -134,6 +142,54 @@ void BM_DefaultCabinetSupervisedForADay(benchmark::State& state)
     }
 }
 BENCHMARK(BM_DefaultCabinetSupervisedForADay)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
+
+// The outdoor site, whose measurements come from the plant, supervised for
+// a simulated month (30 days).
+void BM_OutdoorSiteWithItsPlantSupervisedForAMonth(benchmark::State& state)
+{
+    constexpr std::uint64_t kMonthMs = 30 * kDayMs;
+    for (auto _ : state) {
+        ose::World world(ose::ClockConfig{});
+        sim::SimCabinet cabinet;
+        if (!loadSite(cabinet, SSC_SOURCE_DIR "/sim/sites/outdoor.xml")) state.SkipWithError("no site");
+        sim::A4ciSimServer::start(world, world.defaultNode(), cabinet);
+        createCoreProcess(world, world.defaultNode());
+        std::uint64_t operationalAt = 0;
+        std::uint32_t updates = 0;
+        startProcess(world, "emi_client", [&] { configureAll(operationalAt, updates, kOutdoorCabinet); });
+        const auto start = std::chrono::steady_clock::now();
+        world.runFor(kMonthMs);
+        const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - start;
+        state.SetIterationTime(wall.count());
+        if (operationalAt == 0) state.SkipWithError("the cabinet never came up");
+    }
+}
+BENCHMARK(BM_OutdoorSiteWithItsPlantSupervisedForAMonth)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
+
+// The plant alone: one simulated second of the outdoor site, and of a
+// cabinet of 60 units.
+void BM_PlantSecondOutdoorSite(benchmark::State& state)
+{
+    sim::SimCabinet cabinet;
+    if (!loadSite(cabinet, SSC_SOURCE_DIR "/sim/sites/outdoor.xml")) state.SkipWithError("no site");
+    std::uint64_t nowMs = 0;
+    for (auto _ : state) cabinet.advancePlant(nowMs += 1000);
+}
+BENCHMARK(BM_PlantSecondOutdoorSite);
+
+void BM_PlantSecondSixtyUnits(benchmark::State& state)
+{
+    sim::SimCabinet cabinet;
+    cabinet.plant = std::make_unique<sim::Plant>(sim::PlantParameters{});
+    for (unsigned i = 0; i < 60; ++i) {
+        const sim::UnitType types[] = {sim::UnitType::PSU, sim::UnitType::BFU, sim::UnitType::PDU};
+        cabinet.addUnit(types[(i / 2) / 16 % 3], static_cast<std::uint16_t>(1 + i % 2),
+                        static_cast<std::uint8_t>(48 + (i / 2) % 48));
+    }
+    std::uint64_t nowMs = 0;
+    for (auto _ : state) cabinet.advancePlant(nowMs += 1000);
+}
+BENCHMARK(BM_PlantSecondSixtyUnits);
 
 // Floor of the day: one bare status poll of each of the six units each
 // second through the PP handler.
