@@ -23,6 +23,9 @@ const char* nodeUsage()
            "  --site FILE           run the simulated cabinet of that site file as the bus server\n"
            "                        \"A4ciServer\"; without it an outside program may be the bus\n"
            "  --demo                start the kernel demonstration processes (echo, pinger, ticker)\n"
+           "  --record FILE         with a site that has a <plant>: write every unit's values and the\n"
+           "                        plant's state once per simulated second to FILE (CSV; see\n"
+           "                        scripts/plot-run)\n"
            "  --configure-site      with --site: configure every unit of the site over the equipment\n"
            "                        management interface at start, as the object layer will, and\n"
            "                        trace their status and faults (trace group site, level 4)\n"
@@ -61,6 +64,9 @@ bool parseNodeOptions(const std::vector<std::string>& args, NodeOptions& options
         else if (arg == "--version") options.version = true;
         else if (arg == "--demo") options.demo = true;
         else if (arg == "--configure-site") options.configureSite = true;
+        else if (arg == "--record") {
+            if (!value(options.record)) return false;
+        }
         else if (arg == "--hold-clock") options.holdClock = true;
         else if (arg == "--data-dir") { if (!value(options.dataDir)) return false; }
         else if (arg == "--socket") { if (!value(options.socketPath)) return false; }
@@ -92,6 +98,10 @@ bool parseNodeOptions(const std::vector<std::string>& args, NodeOptions& options
     }
     if (options.holdClock && options.clock.mode != ose::ClockMode::Virtual) {
         error = "--hold-clock needs --clock virtual: only virtual time can stand still";
+        return false;
+    }
+    if (!options.record.empty() && options.site.empty()) {
+        error = "--record needs --site: it records the plant of that site";
         return false;
     }
     if (options.configureSite && options.site.empty()) {

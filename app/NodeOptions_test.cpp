@@ -37,7 +37,8 @@ TEST(NodeOptionsTest, MistakesAreNamedInPlainWords)
                           Case{{"--node", ""}, "must not be empty"},
                           Case{{"--hold-clock"}, "--hold-clock needs --clock virtual"},
                           Case{{"--site"}, "--site needs a value"},
-                          Case{{"--configure-site"}, "--configure-site needs --site"}}) {
+                          Case{{"--configure-site"}, "--configure-site needs --site"},
+                          Case{{"--record", "run.csv"}, "--record needs --site"}}) {
         NodeOptions options;
         std::string error;
         EXPECT_FALSE(parseNodeOptions(c.args, options, error)) << c.args[0];

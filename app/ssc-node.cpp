@@ -120,6 +120,18 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "ssc-node: site file refused: %s\n", error.c_str());
         return 2;
     }
+    if (!options.record.empty()) {
+        if (!cabinet.plant) {
+            std::fprintf(stderr, "ssc-node: --record needs a site with a <plant>; %s has none\n", options.site.c_str());
+            return 2;
+        }
+        auto recorder = std::make_unique<sim::PlantRecorder>();
+        if (!recorder->open(options.record, error)) {
+            std::fprintf(stderr, "ssc-node: %s\n", error.c_str());
+            return 3;
+        }
+        cabinet.plant->setRecorder(std::move(recorder));
+    }
 
     ose::World world(options.clock);
     ose::Node& node = world.addNode(options.nodeName);

@@ -1,6 +1,7 @@
 #include "sim/ElectricalModel.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace sim {
 
@@ -35,6 +36,19 @@ double ElectricalModel::openCircuitV() const
     return block * m_battery.blocks - m_failedCellsV;
 }
 
+double ElectricalModel::chargeEmfV() const
+{
+    return openCircuitV() + m_battery.chargeRiseBlockV * m_battery.blocks * std::pow(m_battery.stateOfCharge, 8.0);
+}
+
+double ElectricalModel::batteryOutA(double volts) const
+{
+    if (!contactorClosed() || m_battery.internalOhm <= 0) return 0.0;
+    if (volts < openCircuitV()) return (openCircuitV() - volts) / m_battery.internalOhm;
+    if (volts > chargeEmfV()) return -(volts - chargeEmfV()) / m_battery.internalOhm;
+    return 0.0;
+}
+
 void ElectricalModel::failCell()
 {
     constexpr double kCellV = 2.1;
@@ -52,9 +66,7 @@ double ElectricalModel::surplusA(double volts) const
 {
     double sources = 0.0;
     for (const PsuParameters& psu : m_psus) sources += psuCurrent(psu, volts);
-    // The battery discharges above zero, charges below.
-    if (contactorClosed() && m_battery.internalOhm > 0) sources += (openCircuitV() - volts) / m_battery.internalOhm;
-    return sources - m_parameters.loadW / volts;
+    return sources + batteryOutA(volts) - m_parameters.loadW / volts;
 }
 
 double ElectricalModel::solveBusV() const
@@ -80,8 +92,7 @@ void ElectricalModel::step(double seconds)
     m_busV = solveBusV();
     for (std::size_t index = 0; index < m_psus.size(); ++index)
         m_psuCurrentA[index] = m_busV > 0 ? psuCurrent(m_psus[index], m_busV) : 0.0;
-    const double dischargeA =
-        contactorClosed() && m_busV > 0 ? (openCircuitV() - m_busV) / m_battery.internalOhm : 0.0;
+    const double dischargeA = m_busV > 0 ? batteryOutA(m_busV) : 0.0;
     m_batteryChargeA = -dischargeA;
     const double hours = seconds / 3600.0;
     if (dischargeA > 0) {

@@ -25,6 +25,10 @@ struct BatteryParameters {
     double fullBlockV = 12.9;   // and at 100 %
     double internalOhm = 0.04;  // of the whole string
     double chargeEfficiency = 0.9; // share of the charge that is stored
+    // A block takes charge only above its open-circuit voltage plus this
+    // much times the eighth power of its charge: a full string floats at
+    // 13.8 V a block and takes almost nothing more.
+    double chargeRiseBlockV = 0.9;
     double stateOfCharge = 1.0;    // 0 to 1
 };
 
@@ -57,6 +61,8 @@ public:
     double batteryCurrentA() const { return m_batteryChargeA; }
     double batteryVoltageV() const;
     double openCircuitV() const;
+    // The voltage above which the string charges.
+    double chargeEmfV() const;
     double stateOfCharge() const { return m_battery.stateOfCharge; }
     double loadCurrentA() const { return m_busV > 0 ? m_parameters.loadW / m_busV : 0.0; }
     bool contactorClosed() const { return m_contactorCommanded && !m_disconnected; }
@@ -67,6 +73,9 @@ public:
 
 private:
     double psuCurrent(const PsuParameters& psu, double volts) const;
+    // Out of the battery at bus voltage `volts`: positive discharging,
+    // negative charging, nothing in between.
+    double batteryOutA(double volts) const;
     // Source current minus load current at bus voltage `volts`.
     double surplusA(double volts) const;
     double solveBusV() const;

@@ -103,6 +103,10 @@ void Plant::advanceTo(std::uint64_t nowMs, SimCabinet& cabinet)
         m_thermal.setPsuLossW(m_electrical.psuLossW());
         m_thermal.step(kStepMs / 1000.0, m_nowMs);
         m_nowMs += kStepMs;
+        if (m_pRecorder) {
+            giveMeasurements(cabinet);
+            m_pRecorder->record(m_nowMs, *this, cabinet);
+        }
     }
     giveMeasurements(cabinet);
 }

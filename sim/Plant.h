@@ -5,10 +5,12 @@
 // measurements, one step per simulated second as the bus is used.
 
 #include "sim/ElectricalModel.h"
+#include "sim/PlantRecorder.h"
 #include "sim/ThermalModel.h"
 
 #include <cstdint>
 #include <map>
+#include <memory>
 
 namespace sim {
 
@@ -34,6 +36,9 @@ public:
     // at the first call.
     void advanceTo(std::uint64_t nowMs, SimCabinet& cabinet);
 
+    // Every step from now on goes to the recorder, after its measurements.
+    void setRecorder(std::unique_ptr<PlantRecorder> recorder) { m_pRecorder = std::move(recorder); }
+
     ThermalModel& thermal() { return m_thermal; }
     ElectricalModel& electrical() { return m_electrical; }
     std::uint64_t nowMs() const { return m_nowMs; }
@@ -51,6 +56,7 @@ private:
     std::map<const SimUnit*, std::size_t> m_psuIndex;
     std::map<const SimUnit*, std::size_t> m_hotSpot;
     bool m_heaterOn[2] = {};
+    std::unique_ptr<PlantRecorder> m_pRecorder;
 };
 
 } // namespace sim

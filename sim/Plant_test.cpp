@@ -32,6 +32,8 @@ protected:
 
 TEST_F(PlantTest, TheUnitsMeasurementsFollowTheModelsWithTheSignsTheNodeExpects)
 {
+    m_cabinet.unit(1, 32)->set("set.fanSpeed1", 0);
+    m_cabinet.unit(1, 32)->set("set.fanSpeed2", 0);
     advanceBy(3600 * 1000);
     // Three PSUs share 1.2 kW on a bus near their set point.
     const std::int32_t bus = value(48, "outputVoltage");
