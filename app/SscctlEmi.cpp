@@ -165,6 +165,7 @@ constexpr SimVerb kSimVerbs[] = {
     {"mains-return", simctl::FaultKind::MainsReturn, 0, false},
     {"fan-fail", simctl::FaultKind::FanFailure, 1, false},
     {"fan-repair", simctl::FaultKind::FanRepair, 1, false},
+    {"fan-block", simctl::FaultKind::FanBlocked, 1, false},
     {"ambient", simctl::FaultKind::Ambient, 1, false},
     {"cell-fault", simctl::FaultKind::BatteryCellFault, 0, false},
 };
@@ -187,7 +188,7 @@ bool parseSigned(const std::string& text, std::int64_t& value)
 }
 
 const char* kSimUsage = "sim needs silence|clear|restart ADDRESS [PORT], replace ADDRESS SERIAL [PORT], "
-                        "set ADDRESS NAME VALUE [PORT], mains-loss, mains-return, fan-fail|fan-repair GROUP, "
+                        "set ADDRESS NAME VALUE [PORT], mains-loss, mains-return, fan-fail|fan-block|fan-repair FANS, "
                         "ambient DEGREES or cell-fault";
 
 } // namespace

@@ -1,6 +1,6 @@
 // The equipment management interface end to end: the virtual time from a
 // unit's configuration to its first operational status, and the wall time of
-// a node that supervises the default simulated cabinet for a simulated day,
+// a node that supervises the static simulated cabinet for a simulated day,
 // beside the floor of the same cabinet's bare status polls.
 
 #include "adapters/EmiSignals.h"
@@ -44,14 +44,14 @@ ose::PROCESS startProcess(ose::World& world, const std::string& name, std::funct
     return pid;
 }
 
-bool loadSite(sim::SimCabinet& cabinet, const char* site = SSC_SOURCE_DIR "/sim/sites/default.xml")
+bool loadSite(sim::SimCabinet& cabinet, const char* site = SSC_SOURCE_DIR "/sim/sites/static.xml")
 {
     std::string error;
     cabinet.logCapacity = 0;
     return sim::SiteFile::load(site, cabinet, error);
 }
 
-bool loadDefaultSite(sim::SimCabinet& cabinet) { return loadSite(cabinet); }
+bool loadStaticSite(sim::SimCabinet& cabinet) { return loadSite(cabinet); }
 
 template <typename T>
 void sendEmi(ose::PROCESS server, T body, ose::SIGSELECT sigNo, std::uint16_t objectType, std::uint32_t objectId)
@@ -70,15 +70,15 @@ struct Unit {
     std::uint32_t objectId;
     const char* hubPosition;
 };
-constexpr Unit kDefaultCabinet[] = {{kScu, 1, ""},   {kSau, 1, ""},   {kClu, 1, ""},
+constexpr Unit kStaticCabinet[] = {{kScu, 1, ""},   {kSau, 1, ""},   {kClu, 1, ""},
                                     {kPsu, 1, "A1"}, {kBfu, 1, "A1"}, {kPdu, 1, "A1"}};
-constexpr Unit kOutdoorCabinet[] = {{kScu, 1, ""},   {kPsu, 1, "A1"}, {kPsu, 2, "B1"},
-                                    {kPsu, 3, "A2"}, {kBfu, 1, "A1"}, {kPdu, 1, "A1"}};
+constexpr Unit kDefaultSite[] = {{kScu, 1, ""},   {kSau, 1, ""},   {kClu, 1, ""},   {kPsu, 1, "A1"},
+                                  {kPsu, 2, "B1"}, {kPsu, 3, "A2"}, {kBfu, 1, "A1"}, {kPdu, 1, "A1"}};
 
 // A client that configures and subscribes a cabinet's units and notes when
 // the last of them is operational.
 void configureAll(std::uint64_t& allOperationalAtMs, std::uint32_t& updates,
-                  std::span<const Unit> units = kDefaultCabinet)
+                  std::span<const Unit> units = kStaticCabinet)
 {
     ose::PROCESS server = 0;
     while (!ose::hunt(kServerName, 0, &server, nullptr)) ose::delay(1);
@@ -105,13 +105,13 @@ void configureAll(std::uint64_t& allOperationalAtMs, std::uint32_t& updates,
 
 // Virtual time from configuration to the last unit's first operational
 // status (counters), and the wall time that took.
-void BM_DefaultCabinetConfiguredUntilOperational(benchmark::State& state)
+void BM_StaticCabinetConfiguredUntilOperational(benchmark::State& state)
 {
     std::uint64_t virtualMs = 0;
     for (auto _ : state) {
         ose::World world(ose::ClockConfig{});
         sim::SimCabinet cabinet;
-        if (!loadDefaultSite(cabinet)) state.SkipWithError("no site");
+        if (!loadStaticSite(cabinet)) state.SkipWithError("no site");
         sim::A4ciSimServer::start(world, world.defaultNode(), cabinet);
         createCoreProcess(world, world.defaultNode());
         std::uint32_t updates = 0;
@@ -120,15 +120,15 @@ void BM_DefaultCabinetConfiguredUntilOperational(benchmark::State& state)
     }
     state.counters["virtual ms to all operational"] = static_cast<double>(virtualMs);
 }
-BENCHMARK(BM_DefaultCabinetConfiguredUntilOperational)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_StaticCabinetConfiguredUntilOperational)->Unit(benchmark::kMillisecond);
 
-// A node supervising the default cabinet for a simulated day.
-void BM_DefaultCabinetSupervisedForADay(benchmark::State& state)
+// A node supervising the static cabinet for a simulated day.
+void BM_StaticCabinetSupervisedForADay(benchmark::State& state)
 {
     for (auto _ : state) {
         ose::World world(ose::ClockConfig{});
         sim::SimCabinet cabinet;
-        if (!loadDefaultSite(cabinet)) state.SkipWithError("no site");
+        if (!loadStaticSite(cabinet)) state.SkipWithError("no site");
         sim::A4ciSimServer::start(world, world.defaultNode(), cabinet);
         createCoreProcess(world, world.defaultNode());
         std::uint64_t operationalAt = 0;
@@ -141,22 +141,22 @@ void BM_DefaultCabinetSupervisedForADay(benchmark::State& state)
         if (operationalAt == 0) state.SkipWithError("the cabinet never came up");
     }
 }
-BENCHMARK(BM_DefaultCabinetSupervisedForADay)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
+BENCHMARK(BM_StaticCabinetSupervisedForADay)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
 
-// The outdoor site, whose measurements come from the plant, supervised for
+// The default site, whose measurements come from the plant, supervised for
 // a simulated month (30 days).
-void BM_OutdoorSiteWithItsPlantSupervisedForAMonth(benchmark::State& state)
+void BM_DefaultSiteWithItsPlantSupervisedForAMonth(benchmark::State& state)
 {
     constexpr std::uint64_t kMonthMs = 30 * kDayMs;
     for (auto _ : state) {
         ose::World world(ose::ClockConfig{});
         sim::SimCabinet cabinet;
-        if (!loadSite(cabinet, SSC_SOURCE_DIR "/sim/sites/outdoor.xml")) state.SkipWithError("no site");
+        if (!loadSite(cabinet, SSC_SOURCE_DIR "/sim/sites/default.xml")) state.SkipWithError("no site");
         sim::A4ciSimServer::start(world, world.defaultNode(), cabinet);
         createCoreProcess(world, world.defaultNode());
         std::uint64_t operationalAt = 0;
         std::uint32_t updates = 0;
-        startProcess(world, "emi_client", [&] { configureAll(operationalAt, updates, kOutdoorCabinet); });
+        startProcess(world, "emi_client", [&] { configureAll(operationalAt, updates, kDefaultSite); });
         const auto start = std::chrono::steady_clock::now();
         world.runFor(kMonthMs);
         const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - start;
@@ -164,18 +164,18 @@ void BM_OutdoorSiteWithItsPlantSupervisedForAMonth(benchmark::State& state)
         if (operationalAt == 0) state.SkipWithError("the cabinet never came up");
     }
 }
-BENCHMARK(BM_OutdoorSiteWithItsPlantSupervisedForAMonth)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
+BENCHMARK(BM_DefaultSiteWithItsPlantSupervisedForAMonth)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
 
-// The plant alone: one simulated second of the outdoor site, and of a
+// The plant alone: one simulated second of the default site, and of a
 // cabinet of 60 units.
-void BM_PlantSecondOutdoorSite(benchmark::State& state)
+void BM_PlantSecondDefaultSite(benchmark::State& state)
 {
     sim::SimCabinet cabinet;
-    if (!loadSite(cabinet, SSC_SOURCE_DIR "/sim/sites/outdoor.xml")) state.SkipWithError("no site");
+    if (!loadSite(cabinet, SSC_SOURCE_DIR "/sim/sites/default.xml")) state.SkipWithError("no site");
     std::uint64_t nowMs = 0;
     for (auto _ : state) cabinet.advancePlant(nowMs += 1000);
 }
-BENCHMARK(BM_PlantSecondOutdoorSite);
+BENCHMARK(BM_PlantSecondDefaultSite);
 
 void BM_PlantSecondSixtyUnits(benchmark::State& state)
 {
@@ -193,7 +193,7 @@ BENCHMARK(BM_PlantSecondSixtyUnits);
 
 // Floor of the day: one bare status poll of each of the six units each
 // second through the PP handler.
-void BM_DefaultCabinetBarePollsForADayFloor(benchmark::State& state)
+void BM_StaticCabinetBarePollsForADayFloor(benchmark::State& state)
 {
     static constexpr struct {
         std::uint8_t address;
@@ -203,7 +203,7 @@ void BM_DefaultCabinetBarePollsForADayFloor(benchmark::State& state)
     for (auto _ : state) {
         ose::World world(ose::ClockConfig{});
         sim::SimCabinet cabinet;
-        if (!loadDefaultSite(cabinet)) state.SkipWithError("no site");
+        if (!loadStaticSite(cabinet)) state.SkipWithError("no site");
         sim::A4ciSimServer::start(world, world.defaultNode(), cabinet);
         startProcess(world, "SSC_THREAD", [] {
             WLOsHandler os;
@@ -227,7 +227,7 @@ void BM_DefaultCabinetBarePollsForADayFloor(benchmark::State& state)
         state.SetIterationTime(wall.count());
     }
 }
-BENCHMARK(BM_DefaultCabinetBarePollsForADayFloor)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
+BENCHMARK(BM_StaticCabinetBarePollsForADayFloor)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
 
 } // namespace
 

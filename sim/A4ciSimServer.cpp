@@ -289,17 +289,12 @@ void A4ciSimServer::handlePlantEvent(const simctl::SIM_FAULT_REQ_S& request)
     if (!m_cabinet.plant) return reject(simctl::SIM_FAULT_REJ, "this site has no plant");
     Plant& plant = *m_cabinet.plant;
     const std::int32_t value = request.value;
-    const bool group = value >= 1 && value <= static_cast<std::int32_t>(ThermalModel::kFanGroups);
     switch (static_cast<FaultKind>(static_cast<std::uint16_t>(request.kind))) {
     case FaultKind::MainsLoss: plant.electrical().setMains(false); break;
     case FaultKind::MainsReturn: plant.electrical().setMains(true); break;
-    case FaultKind::FanFailure:
-    case FaultKind::FanRepair:
-        if (!group) return reject(simctl::SIM_FAULT_REJ, "no fan group " + std::to_string(value));
-        plant.thermal().setFanFailed(static_cast<std::uint32_t>(value - 1),
-                                     static_cast<FaultKind>(static_cast<std::uint16_t>(request.kind)) ==
-                                         FaultKind::FanFailure);
-        break;
+    case FaultKind::FanFailure: if (!setFans(plant, value, FanState::Failed)) return; break;
+    case FaultKind::FanRepair: if (!setFans(plant, value, FanState::Working)) return; break;
+    case FaultKind::FanBlocked: if (!setFans(plant, value, FanState::Blocked)) return; break;
     case FaultKind::Ambient: plant.thermal().setAmbientC(value); break;
     case FaultKind::BatteryCellFault: plant.electrical().failCell(); break;
     default: return reject(simctl::SIM_FAULT_REJ, "unknown fault kind");
@@ -307,6 +302,22 @@ void A4ciSimServer::handlePlantEvent(const simctl::SIM_FAULT_REQ_S& request)
     simctl::SIM_VALUE_CFM_S cfm{};
     cfm.sigNo = simctl::SIM_FAULT_CFM;
     reply(bytesOf(cfm));
+}
+
+bool A4ciSimServer::setFans(Plant& plant, std::int32_t value, FanState state)
+{
+    const auto groups = static_cast<std::int32_t>(ThermalModel::kFanGroups);
+    const auto fans = static_cast<std::int32_t>(ThermalModel::kFansPerGroup);
+    const bool wholeGroup = value >= 1 && value <= groups;
+    const bool oneFan = value / 10 >= 1 && value / 10 <= groups && value % 10 >= 1 && value % 10 <= fans;
+    if (!wholeGroup && !oneFan) {
+        reject(simctl::SIM_FAULT_REJ, "no fan " + std::to_string(value) + " (a group 1 to 4, or 10 x group + fan)");
+        return false;
+    }
+    const auto group = static_cast<std::uint32_t>(wholeGroup ? value - 1 : value / 10 - 1);
+    for (std::uint32_t fan = 0; fan < ThermalModel::kFansPerGroup; ++fan)
+        if (wholeGroup || static_cast<std::int32_t>(fan) == value % 10 - 1) plant.thermal().setFan(group, fan, state);
+    return true;
 }
 
 void A4ciSimServer::handleRawAnswer(const std::string& signal)

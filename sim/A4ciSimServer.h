@@ -56,6 +56,8 @@ private:
     void handleValue(const std::string& signal, bool set);
     void handleFault(const std::string& signal);
     void handlePlantEvent(const simctl::SIM_FAULT_REQ_S& request);
+    // False, with the rejection sent, when `value` names no fan.
+    bool setFans(Plant& plant, std::int32_t value, FanState state);
     void handleRawAnswer(const std::string& signal);
     void reject(ose::SIGSELECT sigNo, const std::string& reason);
     void reply(std::string bytes, std::uint32_t delayMs = 0);

@@ -32,7 +32,12 @@ void ElectricalModel::setPsuSetPoint(std::size_t psu, double volts)
 
 double ElectricalModel::openCircuitV() const
 {
-    const double block = m_battery.emptyBlockV + (m_battery.fullBlockV - m_battery.emptyBlockV) * m_battery.stateOfCharge;
+    const double charge = m_battery.stateOfCharge;
+    double block = m_battery.emptyBlockV + (m_battery.fullBlockV - m_battery.emptyBlockV) * charge;
+    if (charge < m_battery.kneeCharge && m_battery.kneeCharge > 0) {
+        const double atKnee = m_battery.emptyBlockV + (m_battery.fullBlockV - m_battery.emptyBlockV) * m_battery.kneeCharge;
+        block = m_battery.exhaustedBlockV + (atKnee - m_battery.exhaustedBlockV) * charge / m_battery.kneeCharge;
+    }
     return block * m_battery.blocks - m_failedCellsV;
 }
 
@@ -44,7 +49,8 @@ double ElectricalModel::chargeEmfV() const
 double ElectricalModel::batteryOutA(double volts) const
 {
     if (!contactorClosed() || m_battery.internalOhm <= 0) return 0.0;
-    if (volts < openCircuitV()) return (openCircuitV() - volts) / m_battery.internalOhm;
+    // An empty string gives nothing more.
+    if (volts < openCircuitV()) return m_battery.stateOfCharge > 0 ? (openCircuitV() - volts) / m_battery.internalOhm : 0.0;
     if (volts > chargeEmfV()) return -(volts - chargeEmfV()) / m_battery.internalOhm;
     return 0.0;
 }
@@ -54,6 +60,12 @@ void ElectricalModel::failCell()
     constexpr double kCellV = 2.1;
     m_failedCellsV += kCellV;
     m_battery.internalOhm *= 2.0;
+}
+
+void ElectricalModel::setDisconnect(double disconnectV, double reconnectV)
+{
+    m_parameters.disconnectV = std::max(disconnectV, 0.0);
+    m_parameters.reconnectV = std::max(reconnectV, m_parameters.disconnectV);
 }
 
 double ElectricalModel::psuCurrent(const PsuParameters& psu, double volts) const
@@ -66,7 +78,7 @@ double ElectricalModel::surplusA(double volts) const
 {
     double sources = 0.0;
     for (const PsuParameters& psu : m_psus) sources += psuCurrent(psu, volts);
-    return sources + batteryOutA(volts) - m_parameters.loadW / volts;
+    return sources + batteryOutA(volts) - loadNowW() / volts;
 }
 
 double ElectricalModel::solveBusV() const
@@ -103,10 +115,10 @@ void ElectricalModel::step(double seconds)
         m_battery.stateOfCharge += -dischargeA * hours * m_battery.chargeEfficiency / m_battery.capacityAh;
     }
     m_battery.stateOfCharge = std::clamp(m_battery.stateOfCharge, 0.0, 1.0);
-    // The contactor protects the battery from deep discharge, and closes
-    // again once the PSUs hold the bus up.
-    if (contactorClosed() && m_busV < m_parameters.disconnectV) m_disconnected = true;
-    else if (m_disconnected && m_busV >= m_parameters.reconnectV) m_disconnected = false;
+    // The disconnect protects the battery from deep discharge, and connects
+    // the load again once the PSUs hold the bus up.
+    if (!m_loadDisconnected && m_busV < m_parameters.disconnectV) m_loadDisconnected = true;
+    else if (m_loadDisconnected && m_busV >= m_parameters.reconnectV && m_mains) m_loadDisconnected = false;
 }
 
 double ElectricalModel::psuLossW() const

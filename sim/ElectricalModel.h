@@ -1,8 +1,8 @@
 #pragma once
 // The cabinet's DC system as magnitudes (volts positive here; the units put
 // the sign of the -48 V system on): PSUs that hold a set point with a droop
-// up to a current limit while mains is present, a constant-power load, and
-// one battery string on a contactor with an undervoltage disconnect. Each
+// up to a current limit while mains is present, a constant-power load behind
+// an undervoltage disconnect, and one battery string on a contactor. Each
 // step finds the bus voltage where the sources carry the load, then moves
 // the battery's charge. Deterministic: a fixed search, no randomness.
 
@@ -23,6 +23,10 @@ struct BatteryParameters {
     std::uint32_t blocks = 4;   // 12 V blocks in series
     double emptyBlockV = 11.6;  // open-circuit voltage of a block at 0 % charge
     double fullBlockV = 12.9;   // and at 100 %
+    // An exhausted block: below kneeCharge its voltage falls on to this at
+    // 0 %, so that a deep discharge shows on the bus.
+    double exhaustedBlockV = 10.0;
+    double kneeCharge = 0.05;
     double internalOhm = 0.04;  // of the whole string
     double chargeEfficiency = 0.9; // share of the charge that is stored
     // A block takes charge only above its open-circuit voltage plus this
@@ -34,8 +38,8 @@ struct BatteryParameters {
 
 struct ElectricalParameters {
     double loadW = 1200.0;
-    double disconnectV = 43.2;  // the contactor opens below this
-    double reconnectV = 48.0;   // and closes again when the PSUs give this
+    double disconnectV = 43.2;  // the load is disconnected below this bus voltage
+    double reconnectV = 48.0;   // and connected again when the bus is back at this
 };
 
 class ElectricalModel {
@@ -50,7 +54,9 @@ public:
     // doubles.
     void failCell();
     // The node's connect command for the battery.
-    void setContactor(bool closed) { m_contactorCommanded = closed; }
+    void setContactor(bool closed) { m_contactorClosed = closed; }
+    // The undervoltage disconnect's thresholds, as the node configures them.
+    void setDisconnect(double disconnectV, double reconnectV);
 
     void step(double seconds);
 
@@ -64,8 +70,11 @@ public:
     // The voltage above which the string charges.
     double chargeEmfV() const;
     double stateOfCharge() const { return m_battery.stateOfCharge; }
-    double loadCurrentA() const { return m_busV > 0 ? m_parameters.loadW / m_busV : 0.0; }
-    bool contactorClosed() const { return m_contactorCommanded && !m_disconnected; }
+    double loadCurrentA() const { return m_busV > 0 ? loadNowW() / m_busV : 0.0; }
+    // What the load draws now: nothing while it is disconnected.
+    double loadNowW() const { return m_loadDisconnected ? 0.0 : m_parameters.loadW; }
+    bool loadDisconnected() const { return m_loadDisconnected; }
+    bool contactorClosed() const { return m_contactorClosed; }
     bool mains() const { return m_mains; }
     // Charge that went in and out of the battery, in ampere hours, since start.
     double ampHoursIn() const { return m_ampHoursIn; }
@@ -85,8 +94,8 @@ private:
     std::vector<PsuParameters> m_psus;
     std::vector<double> m_psuCurrentA;
     bool m_mains = true;
-    bool m_contactorCommanded = true;
-    bool m_disconnected = false;
+    bool m_contactorClosed = true;
+    bool m_loadDisconnected = false;
     double m_busV = 0.0;
     double m_batteryChargeA = 0.0;
     double m_ampHoursIn = 0.0;

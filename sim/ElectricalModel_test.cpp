@@ -58,34 +58,57 @@ TEST(ElectricalModelTest, WithoutMainsThePsusGiveNothingAndTheBatteryCarriesTheL
     EXPECT_LT(volts, model.openCircuitV());
 }
 
-TEST(ElectricalModelTest, TheContactorOpensAtItsThresholdAndClosesWhenMainsHoldsTheBusAgain)
+TEST(ElectricalModelTest, TheLoadIsDisconnectedAtItsThresholdAndConnectedWhenMainsHoldsTheBusAgain)
 {
     BatteryParameters battery;
     battery.stateOfCharge = 0.1;
     ElectricalParameters parameters;
-    parameters.loadW = 5000.0;
     ElectricalModel model(parameters, battery);
     model.addPsu(PsuParameters{});
     model.setMains(false);
     double lastV = 0.0;
     int seconds = 0;
-    while (model.contactorClosed() && seconds < 4 * 3600) {
+    while (!model.loadDisconnected() && seconds < 4 * 3600) {
         lastV = model.busV();
         model.step(1.0);
         ++seconds;
     }
-    ASSERT_FALSE(model.contactorClosed());
-    // It opened in the step in which the bus fell below the threshold.
+    ASSERT_TRUE(model.loadDisconnected());
+    // 1.2 kW at some 26 A from 10 Ah (of 100) until the exhausted
+    // battery's knee, less its I R, meets the threshold: near 3 % left. It
+    // disconnected in the step in which the bus fell below the threshold.
+    EXPECT_GT(seconds, 12 * 60);
+    EXPECT_LT(seconds, 20 * 60);
     EXPECT_GE(lastV, parameters.disconnectV);
+    EXPECT_NEAR(model.stateOfCharge(), 0.03, 0.01) << "the disconnect keeps a remnant in the battery";
+    EXPECT_NEAR(model.ampHoursOut(), (0.1 - model.stateOfCharge()) * battery.capacityAh, 1e-6);
     model.step(1.0);
-    EXPECT_DOUBLE_EQ(model.busV(), 0.0) << "nothing carries the load";
-    // Mains back, the load shed to what one PSU carries.
-    model.setLoadW(1200.0);
+    EXPECT_DOUBLE_EQ(model.loadCurrentA(), 0.0);
+    EXPECT_NEAR(model.busV(), model.openCircuitV(), 1e-3) << "the battery rests on the bus";
+    EXPECT_LT(model.busV(), parameters.reconnectV);
+    run(model, 3600);
+    EXPECT_TRUE(model.loadDisconnected()) << "a resting battery does not reconnect the load";
+    // Mains back: the one PSU at its limit charges the empty battery and the
+    // bus rises with the battery until it reaches the node's reconnect
+    // threshold, within minutes.
+    model.setDisconnect(44.0, 48.5);
     model.setMains(true);
     run(model, 2);
+    EXPECT_TRUE(model.loadDisconnected());
+    EXPECT_NEAR(model.psuCurrentA(0), PsuParameters{}.currentLimitA, 1e-6);
+    seconds = 0;
+    while (model.loadDisconnected() && seconds < 3600) {
+        model.step(1.0);
+        ++seconds;
+    }
+    EXPECT_FALSE(model.loadDisconnected());
+    EXPECT_GT(seconds, 60);
+    EXPECT_LT(seconds, 20 * 60);
+    EXPECT_GE(model.busV(), 48.5 - 1.0) << "the load's current pulls the bus back a little";
     EXPECT_TRUE(model.contactorClosed());
-    // The empty battery takes what the PSU has left and holds the bus
-    // between its own voltage and the set point.
+    // The battery takes what the PSU has left and holds the bus between its
+    // own voltage and the set point.
+    run(model, 2);
     EXPECT_GT(model.batteryCurrentA(), 0.0);
     EXPECT_GT(model.busV(), model.openCircuitV());
     EXPECT_LT(model.busV(), PsuParameters{}.setPointV);

@@ -34,7 +34,7 @@ void PlantRecorder::writeHeader(const SimCabinet& cabinet)
         for (const ValueDefinition& value : unit->definitions()) {
             const std::string name = value.name;
             if (name.rfind("cap.", 0) == 0 || name.rfind("add.", 0) == 0) continue;
-            m_columns.push_back({unit, value.name});
+            m_columns.push_back({unit->port(), unit->address(), value.name});
             m_out << "," << unitColumn(*unit) << "." << value.name;
         }
     }
@@ -49,7 +49,13 @@ void PlantRecorder::record(std::uint64_t nowMs, Plant& plant, const SimCabinet& 
     if (first) writeHeader(cabinet);
     std::vector<std::int32_t> values;
     values.reserve(m_columns.size());
-    for (const Column& column : m_columns) values.push_back(column.unit->get(column.name).value_or(0));
+    const SimUnit* unit = nullptr;
+    for (std::size_t index = 0; index < m_columns.size(); ++index) {
+        const Column& column = m_columns[index];
+        if (index == 0 || column.port != m_columns[index - 1].port || column.address != m_columns[index - 1].address)
+            unit = cabinet.unit(column.port, column.address);
+        values.push_back(unit != nullptr ? unit->get(column.name).value_or(0) : 0);
+    }
     constexpr std::uint64_t kAtLeastEveryMs = 60 * 1000;
     if (!first && values == m_last && nowMs - m_lastRowMs < kAtLeastEveryMs) return;
     m_last = values;

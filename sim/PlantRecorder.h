@@ -28,9 +28,11 @@ private:
 
     std::ofstream m_out;
     bool m_headerDone = false;
-    // The recorded values: which unit, which name.
+    // The recorded values: which unit, which name. A unit is looked up by
+    // its place at each row, so that one taken out reads as 0.
     struct Column {
-        const SimUnit* unit;
+        std::uint16_t port;
+        std::uint8_t address;
         const char* name;
     };
     std::vector<Column> m_columns;

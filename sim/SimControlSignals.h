@@ -68,10 +68,14 @@ enum class FaultKind : std::uint16_t {
     // Events of the plant (a site with <plant>); port and address are not read.
     MainsLoss = 11,
     MainsReturn = 12,
-    FanFailure = 13,    // fan group `value` (1 to 4) moves no air
-    FanRepair = 14,     // and moves air again
+    // `value` names the fans: a group g (1 to 4) for all its fans, or 10g + f
+    // for fan f (1 to 4) of group g.
+    FanFailure = 13,    // the fans stand still, and the SCU reports their group
+    FanRepair = 14,     // the fans work again (after a failure or a block)
+    FanBlocked = 17,    // the fans turn but move no air; the SCU sees nothing
     Ambient = 15,       // the mean ambient temperature becomes `value` degrees
     BatteryCellFault = 16, // one cell of the string fails: 2.1 V less, twice the resistance
+    // FanBlocked = 17 is above, with the fans.
 };
 
 // `count`: how many requests the fault affects, 0 for all until cleared.

@@ -1,4 +1,4 @@
-// Site files: the default cabinet loads with one unit of each type, and a
+// Site files: the static cabinet loads with one unit of each type, and a
 // bad file is refused with its line and reason, leaving no half cabinet.
 
 #include "sim/SiteFile.h"
@@ -10,11 +10,11 @@
 namespace sim {
 namespace {
 
-TEST(SiteFileTest, TheDefaultSiteHasOneUnitOfEachTypeAtItsFirstAddress)
+TEST(SiteFileTest, TheStaticSiteHasOneUnitOfEachTypeAtItsFirstAddress)
 {
     SimCabinet cabinet;
     std::string error;
-    ASSERT_TRUE(SiteFile::load(SSC_SOURCE_DIR "/sim/sites/default.xml", cabinet, error)) << error;
+    ASSERT_TRUE(SiteFile::load(SSC_SOURCE_DIR "/sim/sites/static.xml", cabinet, error)) << error;
     const std::pair<UnitType, std::uint8_t> expected[] = {{UnitType::SCU, 32}, {UnitType::SAU, 33},
                                                           {UnitType::CLU, 44}, {UnitType::PSU, 48},
                                                           {UnitType::BFU, 64}, {UnitType::PDU, 80}};
@@ -49,6 +49,25 @@ TEST(SiteFileTest, NumbersAndFlagsAreReadInDecimalAndHex)
     EXPECT_EQ(cabinet.busTimeoutMs, 35u);
 }
 
+TEST(SiteFileTest, ThePlantsAttributesReachItsModels)
+{
+    SimCabinet cabinet;
+    std::string error;
+    ASSERT_TRUE(SiteFile::parse(R"(<site><plant mains="0" airflowPerGroupLPerS="100" cluAirflowLPerS="0"
+        fanCurvePercent="0,10,20,30,100" batteryChargePercent="50" batteryBlocks="2"
+        ambientProfileC="-5,-4,-3,-2,-1,0,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18"/></site>)",
+                                "t", cabinet, error))
+        << error;
+    ASSERT_NE(cabinet.plant, nullptr);
+    ThermalModel& thermal = cabinet.plant->thermal();
+    EXPECT_DOUBLE_EQ(thermal.ambientC(2ULL * 3600 * 1000), -3.0);
+    thermal.setFanSpeed(0, 75.0);
+    EXPECT_NEAR(thermal.airflowConductanceWPerK(), 0.1 * 0.3 * 1200.0, 1e-9);
+    EXPECT_FALSE(cabinet.plant->electrical().mains());
+    EXPECT_DOUBLE_EQ(cabinet.plant->electrical().stateOfCharge(), 0.5);
+    EXPECT_NEAR(cabinet.plant->electrical().openCircuitV(), 2 * (11.6 + 1.3 * 0.5), 1e-9);
+}
+
 TEST(SiteFileTest, ABadSiteIsRefusedWithItsLineAndReason)
 {
     const std::pair<const char*, const char*> cases[] = {
@@ -66,6 +85,23 @@ TEST(SiteFileTest, ABadSiteIsRefusedWithItsLineAndReason)
          "serial is longer than 14 characters"},
         {"<site><unit type=\"PSU\" port=\"1\" address=\"48\"><cabinet/></unit></site>", "<cabinet> does not belong in a PSU"},
         {"<cabinet/>", "t:1: the root element must be <site>"},
+        {"<site><plant fanCurvePercent=\"0,25,50,75\"/></site>", "fanCurvePercent needs 5 whole numbers"},
+        {"<site><plant fanCurvePercent=\"0,25,50,75,101\"/></site>", "fanCurvePercent needs 5 whole numbers"},
+        {"<site><plant fanCurvePercent=\"0,25,,75,100\"/></site>", "fanCurvePercent needs 5 whole numbers"},
+        {"<site><plant fanCurvePercent=\"0, 25,50,75,100\"/></site>", "fanCurvePercent needs 5 whole numbers"},
+        {"<site><plant fanCurvePercent=\"0,25,50,75,100,\"/></site>", "fanCurvePercent needs 5 whole numbers"},
+        {"<site><plant ambientProfileC=\"1,2,3\"/></site>", "ambientProfileC needs 24 whole numbers from -60 to 70"},
+        {"<site><plant ambientProfileC=\"-61,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,20,21,22,23,24\"/></site>",
+         "ambientProfileC needs 24"},
+        {"<site><plant ambientProfileC=\"--1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,20,21,22,23,24\"/></site>",
+         "ambientProfileC needs 24"},
+        {"<site><plant>\n<load pdu=\"80\" efuse=\"17\" watts=\"1\"/></plant></site>",
+         "t:2: efuse=\"17\" is not a number from 1 to 16"},
+        {"<site><plant><load efuse=\"1\" watts=\"1\"/></plant></site>", "<load> needs pdu"},
+        {"<site><plant><outage startS=\"0\" durationS=\"60\" repeatS=\"60\"/></plant></site>",
+         "an outage must end before it repeats"},
+        {"<site><plant><outage startS=\"0\" durationS=\"0\"/></plant></site>", "durationS=\"0\" is not a number"},
+        {"<site><plant><unit/></plant></site>", "<unit> does not belong in <plant>"},
         {"<site>\n<unit", "t:2: "},
         {"", "t:"},
     };
@@ -75,6 +111,7 @@ TEST(SiteFileTest, ABadSiteIsRefusedWithItsLineAndReason)
         EXPECT_FALSE(SiteFile::parse(text, "t", cabinet, error)) << text;
         EXPECT_NE(error.find(reason), std::string::npos) << error << " / " << reason;
         EXPECT_TRUE(cabinet.units().empty()) << text;
+        EXPECT_EQ(cabinet.plant, nullptr) << text;
     }
     SimCabinet cabinet;
     std::string error;

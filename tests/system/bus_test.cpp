@@ -114,7 +114,7 @@ TEST(BusSystemTest, AnOutsideProgramPlaysTheBusServerForTheCore)
 TEST(BusSystemTest, TheEmbeddedSimulatorAnswersAndIsControlledThroughTheGateway)
 {
     const std::string trace = traceFile("bus_embedded_trace.txt");
-    NodeProcess node({"--clock", "virtual", "--hold-clock", "--site", SSC_SOURCE_DIR "/sim/sites/default.xml",
+    NodeProcess node({"--clock", "virtual", "--hold-clock", "--site", SSC_SOURCE_DIR "/sim/sites/static.xml",
                       "--trace", "supSysCtrlA4ci:7", "--trace-file", trace});
     ose::GatewayClient tester;
     ASSERT_TRUE(tester.connect(node.socketPath(), "tester", true)) << tester.lastError();
@@ -176,7 +176,7 @@ TEST(BusSystemTest, TheSimulatorAsItsOwnProgramServesANodeWithoutASite)
     ASSERT_GE(simPid, 0);
     if (simPid == 0) {
         const std::string socket = node.socketPath();
-        execl(SSC_SIM_BINARY, SSC_SIM_BINARY, "--site", SSC_SOURCE_DIR "/sim/sites/default.xml", "--socket",
+        execl(SSC_SIM_BINARY, SSC_SIM_BINARY, "--site", SSC_SOURCE_DIR "/sim/sites/static.xml", "--socket",
               socket.c_str(), static_cast<char*>(nullptr));
         _exit(127);
     }

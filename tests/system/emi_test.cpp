@@ -79,7 +79,7 @@ std::optional<ose::GatewayEvent> nextOf(ose::GatewayClient& client, std::uint32_
 TEST(EmiSystemTest, ANodeThatConfiguresItsSiteHasEveryUnitOperationalWithinSeconds)
 {
     const std::string trace = traceFile("emi_site_trace.txt");
-    NodeProcess node({"--clock", "virtual", "--hold-clock", "--site", SSC_SOURCE_DIR "/sim/sites/default.xml",
+    NodeProcess node({"--clock", "virtual", "--hold-clock", "--site", SSC_SOURCE_DIR "/sim/sites/static.xml",
                       "--configure-site", "--trace", "site:4", "--trace-file", trace});
     ose::GatewayClient tester;
     ASSERT_TRUE(tester.connect(node.socketPath(), "tester", true)) << tester.lastError();
@@ -95,7 +95,7 @@ TEST(EmiSystemTest, ANodeThatConfiguresItsSiteHasEveryUnitOperationalWithinSecon
 
 TEST(EmiSystemTest, AClientConfiguresAUnitSeesItComeUpAndSeesItsFaultComeAndGo)
 {
-    NodeProcess node({"--clock", "virtual", "--hold-clock", "--site", SSC_SOURCE_DIR "/sim/sites/default.xml"});
+    NodeProcess node({"--clock", "virtual", "--hold-clock", "--site", SSC_SOURCE_DIR "/sim/sites/static.xml"});
     ose::GatewayClient client;
     ASSERT_TRUE(client.connect(node.socketPath(), "emi_client", true)) << client.lastError();
     ASSERT_TRUE(client.advanceBy(10));
@@ -145,7 +145,7 @@ TEST(EmiSystemTest, AClientConfiguresAUnitSeesItComeUpAndSeesItsFaultComeAndGo)
 
 TEST(EmiSystemTest, ABadHubPositionFaultsTheUnitAndAReplacedUnitComesBackAsAnotherOne)
 {
-    NodeProcess node({"--clock", "virtual", "--hold-clock", "--site", SSC_SOURCE_DIR "/sim/sites/default.xml"});
+    NodeProcess node({"--clock", "virtual", "--hold-clock", "--site", SSC_SOURCE_DIR "/sim/sites/static.xml"});
     ose::GatewayClient client;
     ASSERT_TRUE(client.connect(node.socketPath(), "emi_client", true)) << client.lastError();
     ASSERT_TRUE(client.advanceBy(10));
@@ -193,7 +193,7 @@ TEST(EmiSystemTest, ABadHubPositionFaultsTheUnitAndAReplacedUnitComesBackAsAnoth
 
 TEST(EmiSystemTest, MalformedAndUnknownRequestsAreRefusedOrDroppedAndTheServerGoesOn)
 {
-    NodeProcess node({"--clock", "virtual", "--hold-clock", "--site", SSC_SOURCE_DIR "/sim/sites/default.xml"});
+    NodeProcess node({"--clock", "virtual", "--hold-clock", "--site", SSC_SOURCE_DIR "/sim/sites/static.xml"});
     ose::GatewayClient client;
     ASSERT_TRUE(client.connect(node.socketPath(), "emi_client", true)) << client.lastError();
     ASSERT_TRUE(client.advanceBy(10));
