@@ -144,14 +144,16 @@ void BM_StaticCabinetSupervisedForADay(benchmark::State& state)
 BENCHMARK(BM_StaticCabinetSupervisedForADay)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
 
 // The default site, whose measurements come from the plant, supervised for
-// a simulated month (30 days).
-void BM_DefaultSiteWithItsPlantSupervisedForAMonth(benchmark::State& state)
+// a simulated month (30 days); its floor is the same month with the plant
+// taken out, the units answering fixed values.
+void superviseDefaultSiteForAMonth(benchmark::State& state, bool withPlant)
 {
     constexpr std::uint64_t kMonthMs = 30 * kDayMs;
     for (auto _ : state) {
         ose::World world(ose::ClockConfig{});
         sim::SimCabinet cabinet;
         if (!loadSite(cabinet, SSC_SOURCE_DIR "/sim/sites/default.xml")) state.SkipWithError("no site");
+        if (!withPlant) cabinet.plant.reset();
         sim::A4ciSimServer::start(world, world.defaultNode(), cabinet);
         createCoreProcess(world, world.defaultNode());
         std::uint64_t operationalAt = 0;
@@ -164,7 +166,12 @@ void BM_DefaultSiteWithItsPlantSupervisedForAMonth(benchmark::State& state)
         if (operationalAt == 0) state.SkipWithError("the cabinet never came up");
     }
 }
+
+void BM_DefaultSiteWithItsPlantSupervisedForAMonth(benchmark::State& state) { superviseDefaultSiteForAMonth(state, true); }
 BENCHMARK(BM_DefaultSiteWithItsPlantSupervisedForAMonth)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
+
+void BM_DefaultSiteWithoutItsPlantForAMonthFloor(benchmark::State& state) { superviseDefaultSiteForAMonth(state, false); }
+BENCHMARK(BM_DefaultSiteWithoutItsPlantForAMonthFloor)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
 
 // The plant alone: one simulated second of the default site, and of a
 // cabinet of 60 units.

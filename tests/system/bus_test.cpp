@@ -6,6 +6,7 @@
 #include "ose/GatewayClient.h"
 #include "sim/SimControlSignals.h"
 #include "tests/system/NodeProcess.h"
+#include "tests/system/SignalBytes.h"
 
 #include <gtest/gtest.h>
 
@@ -20,46 +21,6 @@ namespace systemtest {
 namespace {
 
 using namespace std::chrono_literals;
-
-template <typename T>
-std::string bytesOf(const T& layout)
-{
-    return std::string(reinterpret_cast<const char*>(&layout), sizeof layout);
-}
-
-template <typename T>
-T layoutOf(const std::string& bytes)
-{
-    T layout{};
-    std::memcpy(&layout, bytes.data(), std::min(bytes.size(), sizeof layout));
-    return layout;
-}
-
-std::string readFile(const std::string& path)
-{
-    std::ifstream in(path);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-std::string traceFile(const char* name)
-{
-    std::string path = ::testing::TempDir() + name;
-    std::remove(path.c_str());
-    return path;
-}
-
-// Waits for the next signal of that number, skipping others.
-std::optional<ose::GatewayEvent> nextOf(ose::GatewayClient& client, std::uint32_t sigNo)
-{
-    for (int i = 0; i < 20; ++i) {
-        auto event = client.next(10s);
-        if (!event) return std::nullopt;
-        if (event->kind == ose::GatewayEvent::Kind::Signal && event->sigNo() == sigNo) return event;
-    }
-    return std::nullopt;
-}
 
 std::string dataRequest(std::uint8_t address, std::initializer_list<std::uint8_t> frame)
 {

@@ -4,7 +4,9 @@
 #include "adapters/EmiSignals.h"
 #include "ose/GatewayClient.h"
 #include "sim/SimControlSignals.h"
+#include "tests/system/EmiRequest.h"
 #include "tests/system/NodeProcess.h"
+#include "tests/system/SignalBytes.h"
 
 #include <gtest/gtest.h>
 
@@ -17,64 +19,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using namespace emi;
-
-template <typename T>
-std::string bytesOf(const T& layout)
-{
-    return std::string(reinterpret_cast<const char*>(&layout), sizeof layout);
-}
-
-template <typename T>
-T layoutOf(const std::string& bytes)
-{
-    T layout{};
-    std::memcpy(&layout, bytes.data(), std::min(bytes.size(), sizeof layout));
-    return layout;
-}
-
-std::string readFile(const std::string& path)
-{
-    std::ifstream in(path);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-std::string traceFile(const char* name)
-{
-    std::string path = ::testing::TempDir() + name;
-    std::remove(path.c_str());
-    return path;
-}
-
-template <typename T>
-std::string emiSignal(T body, ose::SIGSELECT sigNo, std::uint16_t objectType, std::uint32_t objectId)
-{
-    auto& header = reinterpret_cast<EMI_HEADER_S&>(body);
-    header.sigNo = sigNo;
-    header.clientRef = 5;
-    header.objectType = objectType;
-    header.objectId = objectId;
-    return bytesOf(body);
-}
-
-std::string configure(std::uint16_t objectType, std::uint32_t objectId, const char* hubPosition)
-{
-    EMI_SET_CONFIG_HWU_REQ_S body{};
-    std::strncpy(body.hubPosition, hubPosition, sizeof body.hubPosition - 1);
-    return emiSignal(body, EMI_SET_CONFIG_REQ, objectType, objectId);
-}
-
-// The next signal of that number, skipping others; none within the wall time.
-std::optional<ose::GatewayEvent> nextOf(ose::GatewayClient& client, std::uint32_t sigNo)
-{
-    for (int i = 0; i < 50; ++i) {
-        auto event = client.next(5s);
-        if (!event) return std::nullopt;
-        if (event->kind == ose::GatewayEvent::Kind::Signal && event->sigNo() == sigNo) return event;
-    }
-    return std::nullopt;
-}
 
 TEST(EmiSystemTest, ANodeThatConfiguresItsSiteHasEveryUnitOperationalWithinSeconds)
 {
@@ -107,7 +51,7 @@ TEST(EmiSystemTest, AClientConfiguresAUnitSeesItComeUpAndSeesItsFaultComeAndGo)
     ASSERT_TRUE(client.send(*server, configure(kPsu, 1, "A1")));
     auto cfm = nextOf(client, EMI_SET_CONFIG_CFM);
     ASSERT_TRUE(cfm);
-    EXPECT_EQ(layoutOf<EMI_HEADER_S>(cfm->bytes).clientRef, 5u);
+    EXPECT_EQ(layoutOf<EMI_HEADER_S>(cfm->bytes).clientRef, kEmiClientRef);
     ASSERT_TRUE(client.send(*server, emiSignal(EMI_REQ_S{}, EMI_SUBSCRIBE_RESOURCE_DATA_REQ, kPsu, 1)));
     // The core polls the new unit at once and waits for the bus: a little
     // time must pass before it reads the next request.
