@@ -1,14 +1,16 @@
 #pragma once
 // The climate control interface: other software registers temperature
 // sensors and sends their measurements; secondary nodes send their air
-// flow demand.
+// flow demand; the units of the core reach the climate manager through
+// ClimateCtrlIf.
 // Reachable from other processes by the name "ssc_climate_control_server". It stands in the
 // core's object graph with its name and phantom; its signals come with the
 // interface they belong to.
 
+#include "climate/ClimateCtrlIf.h"
 #include "frame/SSC_Server.h"
 
-class ClimateCtrlServer : public SSC_Server {
+class ClimateCtrlServer : public ClimateCtrlIf, public SSC_Server {
 public:
     explicit ClimateCtrlServer(SignalDispatcherIf* dispatcher);
     ~ClimateCtrlServer() override;
@@ -18,4 +20,23 @@ public:
     const char* getProcessName() const override { return "ssc_climate_control_server"; }
     const char* getServerName() const override { return "ClimateCtrlServer"; }
     std::unique_ptr<SignalIterator> createSignalIterator() override;
+
+    void setSensorFault(std::uint32_t id) override;
+    void clearSensorFault(std::uint32_t id) override;
+    void addTempSensor(std::uint32_t funcType, std::int32_t setPoint, std::int32_t gain, std::int32_t tau,
+                       std::uint32_t* id) override;
+    void removeTempSensor(std::uint32_t id) override;
+    void updateTemperature(std::uint32_t id, std::int32_t degrees) override;
+    bool isFanGroupConfigured(std::uint32_t cabinetFuncInst, std::uint32_t group) override;
+    void fanGroupsConnected(std::uint32_t cabinetFuncInst, std::uint8_t statusByte, bool secondScu,
+                            std::uint32_t funcType) override;
+    void cluPresent(bool present) override;
+    void fanGroupsFailure(std::uint32_t cabinetFuncInst, std::uint8_t statusByte, bool secondScu,
+                          std::uint32_t funcType) override;
+    void fanGroupState(std::uint32_t cabinetFuncInst, std::uint32_t group, std::uint32_t state,
+                       std::uint32_t funcType) override;
+
+private:
+    // The id the sensor got.
+    static std::uint32_t storeSensor(std::uint32_t funcType, std::int32_t setPoint, std::int32_t gain, std::int32_t tau);
 };

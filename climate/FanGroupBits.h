@@ -20,6 +20,18 @@ constexpr std::uint8_t toClimateByte(const std::array<bool, kGroups>& groups)
     return byte;
 }
 
+// The units' capability flags hold group 1 in bit 0.
+constexpr std::uint8_t fromUnitFlags(std::uint8_t flags)
+{
+    std::uint8_t byte = 0;
+    for (unsigned group = 1; group <= kGroups; ++group)
+        if (((flags >> (group - 1)) & 1U) != 0) byte = static_cast<std::uint8_t>(byte | bit(group));
+    return byte;
+}
+
+constexpr bool has(std::uint8_t climateByte, unsigned group) { return (climateByte & bit(group)) != 0; }
+
+static_assert(fromUnitFlags(0x05) == 0xA0);
 static_assert(bit(1) == 0x80 && bit(2) == 0x40 && bit(4) == 0x10);
 static_assert(toClimateByte({true, false, false, true}) == 0x90);
 

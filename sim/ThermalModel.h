@@ -73,6 +73,7 @@ public:
     void step(double seconds, std::uint64_t nowMs);
 
     double airC() const { return m_airC; }
+    bool heaterOn(std::uint32_t heater) const { return heater < 2 && m_heaterOn[heater]; }
     double ambientC(std::uint64_t nowMs) const;
     double hotSpotC(std::size_t index) const { return index < m_hotSpots.size() ? m_hotSpots[index].temperatureC : m_airC; }
     // Heat that leaves with the air at this moment, in W/K.
