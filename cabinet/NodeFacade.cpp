@@ -1,5 +1,6 @@
 #include "cabinet/NodeFacade.h"
 
+#include "climate/ClimateCtrlManager.h"
 #include "frame/FaultIds.h"
 #include "frame/FuncType.h"
 #include "frame/SscTrace.h"
@@ -25,6 +26,8 @@ void NodeFacade::setNodeRecord(const NodeRecord& record)
         // Losing the role ends every unit and the bus monitor; taking it
         // lets the next cabinet event start them.
         if (HWU_Broker* broker = m_pSsc->getHwuBroker()) broker->setConfigured(record.supportSystemControl != 0);
+        if (ClimateCtrlManager* climate = ClimateCtrlManager::getInstance())
+            climate->setSupportSystemControl(record.supportSystemControl != 0);
     }
     m_record = record;
 }

@@ -24,6 +24,9 @@ inline constexpr std::int32_t kSmokeDetectorHwFailure = 14005;
 // Hardware answers on the bus that nothing configured (raised after 2000 ms);
 // it belongs to the bus scan, not to the unit on that function.
 inline constexpr std::int32_t kHwEntitiesMismatch = 14006;
+// The cabinet's identity in the configuration and the one in its SCU's
+// memory disagree in a way only a person can resolve (raised after 2000 ms).
+inline constexpr std::int32_t kCabinetPidMismatch = 21500;
 
 inline constexpr std::int32_t kPduMainTemperatureHigh = 18700;
 

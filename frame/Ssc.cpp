@@ -11,7 +11,10 @@
 #include "adapters/PmiAdapter.h"
 #include "cabinet/ExternalNodeFacade.h"
 #include "cabinet/NodeFacade.h"
+#include "cabinet/CabinetFacade.h"
+#include "climate/ClimateCtrlManager.h"
 #include "climate/ClimateCtrlServer.h"
+#include "climate/FanGroupFacade.h"
 #include "frame/ActiveFaultsRegister.h"
 #include "frame/SscTrace.h"
 #include "hwu/BfuFacade.h"
@@ -29,7 +32,14 @@ using namespace ssc_trace;
 
 Ssc::Ssc() = default;
 
-Ssc::~Ssc() = default;
+Ssc::~Ssc()
+{
+    // The climate manager watches the broker and the cabinet; the cabinet
+    // and the broker watch each other.
+    ClimateCtrlManager::destroy();
+    if (m_pBroker != nullptr) m_pBroker->detachCabinet();
+    m_pCabinetFacade.reset();
+}
 
 void Ssc::setDispatcher(std::unique_ptr<SignalDispatcher> dispatcher) { m_pDispatcher = std::move(dispatcher); }
 
@@ -66,6 +76,7 @@ void Ssc::initialize()
     m_pNodeFacade = std::make_unique<NodeFacade>(*this, faults);
     m_pExternalNodeFacade = std::make_unique<ExternalNodeFacade>(faults, *m_pNodeFacade);
     m_pExternalNodeCtrl = m_pExternalNodeFacade.get();
+    m_pFanGroupFacade = std::make_unique<FanGroupFacade>(faults);
     m_pHdlcAddressFacade = std::make_unique<HdlcAddressFacade>(faults);
     m_pAlarmCtrlServer = std::make_unique<AlarmCtrlServer>(dispatcher);
     m_servers[0].pServer = m_pAlarmCtrlServer.get();
@@ -75,6 +86,9 @@ void Ssc::initialize()
     m_pUnitFactory = std::make_unique<HwuUnitFactory>();
     m_pBroker = std::make_unique<HWU_Broker>(faults, *m_pUnitFactory);
     m_pHwuBroker = m_pBroker.get();
+    m_pCabinetFacade = std::make_unique<CabinetFacade>(*this, faults);
+    m_pCabinetCtrl = m_pCabinetFacade.get();
+    m_pCabinetObserver = m_pCabinetFacade.get();
     // The cabinet and climate facades.
     m_pCmiAdapter = std::make_unique<CmiAdapter>(dispatcher);
     m_pClimateCtrlServer = std::make_unique<ClimateCtrlServer>(dispatcher);
@@ -91,9 +105,10 @@ void Ssc::initialize()
     m_pCluFacade = std::make_unique<CluFacade>(*this, faults);
     m_pPduFacade = std::make_unique<PduFacade>(*this, faults);
     m_pEFuseCtrl = m_pPduFacade.get();
-    // Units made from now on reach the sides that exist; the climate, alarm
-    // and power sides join them as they are built.
-    m_pUnitFactory->setSides(HwuUnitFactory::Sides{nullptr, nullptr, m_pEFuseCtrl, nullptr, m_pCabinetCtrl});
+    // Units made from now on reach the sides that exist; the alarm and power
+    // sides join them as they are built.
+    m_pUnitFactory->setSides(
+        HwuUnitFactory::Sides{m_pClimateCtrlServer.get(), nullptr, m_pEFuseCtrl, nullptr, m_pCabinetCtrl});
     m_pAlmAdapter = std::make_unique<AlmAdapter>(dispatcher);
     // The alarm side (AlarmCtrlIf, RruConfigurationIf) and the inter-node
     // link (ApcInciServerIf, ApcInciClientIf) join as they are built.
@@ -136,7 +151,10 @@ void Ssc::bringUpServers()
 void Ssc::createManagers()
 {
     // The alarm control server subscribes to the unit broker, then the power
-    // and climate managers are made; they come with their subsystems. Last,
-    // the broker starts and watches for the cabinet.
+    // manager is made (it comes with its subsystem), then the climate
+    // manager. Last, the broker starts and watches for the cabinet.
+    ClimateCtrlManager* climate = ClimateCtrlManager::create(*this, *m_pBroker, ActiveFaultsRegister::instance());
+    CabinetFacade* cabinet = m_pCabinetFacade.get();
+    climate->setDoorSwitchOf([cabinet](std::uint32_t cabinetFuncInst) { return cabinet->getDoorSwitch(cabinetFuncInst) != 0; });
     m_pBroker->start(*this);
 }

@@ -17,7 +17,9 @@ class AlmAdapter;
 class ApcInciAdapter;
 class ApcInciClient;
 class ApcInciServer;
+class CabinetFacade;
 class ClimateCtrlServer;
+class FanGroupFacade;
 class CmiAdapter;
 class BfuFacade;
 class CluFacade;
@@ -77,7 +79,7 @@ public:
     FanGroupEventIf* getFanGroupEventHandler() override { return m_pFanGroupEventHandler; }
     CabinetCtrlIf* getCabinetCtrl() override { return m_pCabinetCtrl; }
     CabinetObserverIf* getCabinetObserver() override { return m_pCabinetObserver; }
-    CabinetFacade* getCabinetFacade() override { return m_pCabinetFacade; }
+    CabinetFacade* getCabinetFacade() override { return m_pCabinetFacade.get(); }
     EFuseCtrlIf* getEFuseCtrl() override { return m_pEFuseCtrl; }
 
 private:
@@ -100,6 +102,7 @@ private:
     std::unique_ptr<EquipmentCtrlManager> m_pEquipmentCtrlManager;
     std::unique_ptr<NodeFacade> m_pNodeFacade;
     std::unique_ptr<ExternalNodeFacade> m_pExternalNodeFacade;
+    std::unique_ptr<FanGroupFacade> m_pFanGroupFacade;
     std::unique_ptr<HdlcAddressFacade> m_pHdlcAddressFacade;
     std::unique_ptr<ClimateCtrlServer> m_pClimateCtrlServer;
     std::unique_ptr<AlarmCtrlServer> m_pAlarmCtrlServer;
@@ -123,12 +126,14 @@ private:
     // the graph is taken down.
     std::unique_ptr<HwuUnitFactory> m_pUnitFactory;
     std::unique_ptr<HWU_Broker> m_pBroker;
+    // The cabinet watches the broker and the broker the cabinet: the root
+    // takes the two apart before either goes.
+    std::unique_ptr<CabinetFacade> m_pCabinetFacade;
     // Views handed out by the getters; each is set where its object is made.
     PowerCtrlManager* m_pPowerCtrlManager = nullptr;
     HWU_Broker* m_pHwuBroker = nullptr;
     FanGroupEventIf* m_pFanGroupEventHandler = nullptr;
     CabinetObserverIf* m_pCabinetObserver = nullptr;
-    CabinetFacade* m_pCabinetFacade = nullptr;
     CabinetCtrlIf* m_pCabinetCtrl = nullptr;
     EFuseCtrlIf* m_pEFuseCtrl = nullptr;
     ExternalNodeCtrlIf* m_pExternalNodeCtrl = nullptr;

@@ -81,6 +81,12 @@ void HWU_Broker::start(SscHandleIf& ssc)
     if (m_pCabinetObserver != nullptr) m_pCabinetObserver->subscribe(CabinetObserverIf::kCabinetConfigured, this);
 }
 
+void HWU_Broker::detachCabinet()
+{
+    if (m_pCabinetObserver != nullptr) m_pCabinetObserver->unsubscribe(CabinetObserverIf::kCabinetConfigured, this);
+    m_pCabinetObserver = nullptr;
+}
+
 // ---- configuration ----
 
 bool HWU_Broker::configureHwu(const FuncId_t& funcId, std::string_view hubPosition, std::uint32_t cascadingOrder,

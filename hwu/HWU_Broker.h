@@ -50,6 +50,9 @@ public:
     std::uint32_t getCluCount() const override { return countOf(kCluList); }
     void setConfigured(bool configured) override;
     void start(SscHandleIf& ssc) override;
+    // Stops listening to the cabinet, for a root that takes the cabinet down
+    // before the broker.
+    void detachCabinet();
     void setDualBoxSupported(bool supported) override { m_dualBoxSupported = supported; }
     bool isDualBoxSupported() const override { return m_dualBoxSupported; }
 
