@@ -145,6 +145,8 @@ protected:
     // The manager goes first, while the broker it watches is still there.
     void TearDown() override
     {
+        // Outside the world there is no timer left to stop.
+        TimerService::setHandler(nullptr);
         ClimateCtrlManager::destroy();
         HwuNodeHarness::TearDown();
     }

@@ -299,6 +299,37 @@ TEST_F(TemperatureRegulatorTest, InControlModeOneTheScuTemperatureRampsTheExtern
     EXPECT_EQ(externalSpeed(), 0);
 }
 
+TEST_F(TemperatureRegulatorTest, ARampWithoutWidthAndAStartingPointOf100GiveNumbersNotInfinities)
+{
+    m_climate.cfg.fanGroup1Control = ClimateCfg::kExternalFanGroup;
+    m_climate.cfg.climateControlMode = 1;
+    m_climate.cfg.basicFanSpeed = 20;
+    m_climate.cfg.nominalFanSpeed = 20;
+    m_climate.cfg.externalFanStartTemp = 30;
+    m_climate.cfg.externalFanStopTemp = 25;
+    m_climate.cfg.externalFanRampUpTemp = 40;
+    m_climate.cfg.externalFanMaxTemp = 40;
+    m_climate.cfg.startingPoint = 100;
+    m_climate.apply(m_regulator);
+    addScuSensor(9);
+    measureScu(9, 300);
+    m_regulator.regulate();
+    ASSERT_EQ(m_regulator.externalAirflow(), 20.0f);
+    // At the ramp's one temperature the target is full flow, a fifth of the
+    // way per pass; the line of a starting point of 100 is that of 99.
+    measureScu(9, 400);
+    m_regulator.regulate();
+    EXPECT_FLOAT_EQ(m_regulator.externalAirflow(), 20.0f + (100.0f - 20.0f) / 5.0f);
+    // At full internal air flow the line reaches full speed; with a slope of
+    // 80 / 0 it would be infinity times nothing.
+    m_climate.secondaryDemand = 100.0f;
+    m_regulator.setPreviousAirflow(100.0f);
+    measureScu(9, 300);
+    m_regulator.regulate();
+    EXPECT_EQ(internalSpeed(), 100);
+    EXPECT_EQ(externalSpeed(), 100);
+}
+
 TEST_F(TemperatureRegulatorTest, ASecondaryNodeOnlyReportsItsDemand)
 {
     addSensor(1);
