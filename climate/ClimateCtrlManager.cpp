@@ -31,10 +31,11 @@ void ClimateCtrlManager::destroy() { s_pInstance.reset(); }
 ClimateCtrlManager::ClimateCtrlManager(SscHandleIf& ssc, HwuBrokerIf& broker, FaultsRegisterIf& faults)
     : m_pSsc(&ssc), m_pBroker(&broker)
 {
-    m_pBroker->subscribeHWU(this);
+    // The parts first: the broker tells a new subscriber of its units at once.
     m_pRegulator = std::make_unique<TemperatureRegulator>(this, this);
     m_pFanGroupControl = std::make_unique<FanGroupControl>(&broker, &faults, this, ssc.getFanGroupEventHandler());
     m_pScuConfigurator = std::make_unique<ScuConfigurator>(this);
+    m_pBroker->subscribeHWU(this);
     if (CabinetObserverIf* cabinet = ssc.getCabinetObserver()) cabinet->subscribe(CabinetObserverIf::kCabinetConfigured, this);
     TimerService::startCyclicTimer(kRegulationPeriodMs, kRegulationTimer, this, 0);
 }
@@ -54,6 +55,9 @@ float ClimateCtrlManager::getFlowFactor() const { return m_pRegulator->flowFacto
 bool ClimateCtrlManager::isRegulationPossible()
 {
     if (!m_cabinetUpdated || !m_climateCfg.valid || !m_tempSensorsDefined) return false;
+    // Parameters that stopped at an unknown climate system have not reached
+    // the regulator: its limits are still 0, which would stop the fans.
+    if (m_pRegulator->flowFactor() == 0.0f) return false;
     if (!m_supportSystemControl) return true;
     for (HwuStatusIf* scu : m_pBroker->getUnits(func_type::kScu))
         if (scu->isCommunicating()) return true;
@@ -145,7 +149,8 @@ std::int32_t ClimateCtrlManager::placementFactorOf(std::uint32_t funcType) const
     case func_type::kRu: return m_climateCfg.placementFactorRU;
     case func_type::kTx: return m_climateCfg.placementFactorTX;
     case func_type::kDu: return m_climateCfg.placementFactorDU;
-    default: return 0;
+    case func_type::kScu: return 0;
+    default: SSC_TRACE(climateGroup(), kUnexpected, "Temperature sensor defined for unknown HW unit"); return 0;
     }
 }
 

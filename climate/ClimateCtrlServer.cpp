@@ -1,10 +1,17 @@
 #include "climate/ClimateCtrlServer.h"
 
+#include "climate/CciSignals.h"
 #include "climate/ClimateCtrlManager.h"
 #include "frame/FuncType.h"
+#include "frame/OsService.h"
 #include "frame/SscTrace.h"
 
+#include <algorithm>
+#include <array>
+#include <cstring>
+
 using namespace ssc_trace;
+using namespace cci;
 
 namespace {
 
@@ -28,7 +35,177 @@ ClimateCtrlServer::~ClimateCtrlServer() { deregisterSignals(); }
 
 std::unique_ptr<SSC_Server::SignalIterator> ClimateCtrlServer::createSignalIterator()
 {
-    return makeSignalIterator<ClimateCtrlServer>(*this, {});
+    static constexpr SignalTableRow<ClimateCtrlServer> kSignalTable[] = {
+        {CCI_CONN_ESTABLISH_REQ, "CCI_CONN_ESTABLISH_REQ", &ClimateCtrlServer::handleConnEstablishReq},
+        {CCI_CAPABILITY_REQ, "CCI_CAPABILITY_REQ", &ClimateCtrlServer::handleCapabilityReq},
+        {CCI_REGISTER_TEMP_MEAS_REQ, "CCI_REGISTER_TEMP_MEAS_REQ", &ClimateCtrlServer::handleRegisterTempMeasReq},
+        {CCI_DEREGISTER_TEMP_MEAS_REQ, "CCI_DEREGISTER_TEMP_MEAS_REQ", &ClimateCtrlServer::handleDeregisterTempMeasReq},
+        {CCI_TEMP_MEAS_FWD, "CCI_TEMP_MEAS_FWD", &ClimateCtrlServer::handleTempMeasFwd},
+    };
+    return makeSignalIterator(*this, kSignalTable);
+}
+
+namespace {
+
+// The rows of `rowSize` bytes that follow a layout of `headSize` and that
+// the signal really holds, at most `announced`.
+std::size_t rowsHeld(ose::Signal* signal, std::size_t headSize, std::size_t rowSize, std::size_t announced)
+{
+    const std::size_t size = OsService::sigsize(signal);
+    return size <= headSize ? 0 : std::min(announced, (size - headSize) / rowSize);
+}
+
+const std::uint8_t* bytesOf(ose::Signal* signal) { return reinterpret_cast<const std::uint8_t*>(signal); }
+
+std::uint16_t u16At(const std::uint8_t* bytes) { return static_cast<std::uint16_t>(bytes[0] << 8 | bytes[1]); }
+
+} // namespace
+
+// ---- the climate control interface ----
+
+template <typename T>
+void ClimateCtrlServer::reply(T& body, ose::SIGSELECT sigNo, std::uint32_t clientRef, ose::PROCESS to)
+{
+    auto& header = reinterpret_cast<CCI_HEADER_S&>(body);
+    header.sigNo = sigNo;
+    header.clientRef = clientRef;
+    ose::Signal* signal = OsService::alloc(sizeof(T), sigNo);
+    std::memcpy(static_cast<void*>(signal), &body, sizeof(T));
+    m_pDispatcher->sendSignal(signal, to);
+}
+
+void ClimateCtrlServer::replyRej(ose::SIGSELECT sigNo, std::uint32_t clientRef, std::uint32_t reason, ose::PROCESS to)
+{
+    CCI_REJ_S rej{};
+    rej.reason = reason;
+    reply(rej, sigNo, clientRef, to);
+}
+
+// Only revision 1 is served; a client may offer several, of which the
+// first five are looked at.
+void ClimateCtrlServer::handleConnEstablishReq(ose::Signal* signal)
+{
+    const auto* request = OsService::view<CCI_CONN_ESTABLISH_REQ_S>(signal);
+    if (request == nullptr) {
+        SSC_TRACE(climateGroup(), kUnexpected, "CCI_CONN_ESTABLISH_REQ too short, dropped");
+        return;
+    }
+    const std::uint32_t clientRef = request->header.clientRef;
+    const ose::PROCESS sender = m_pDispatcher->getSender(signal);
+    const std::size_t offered = rowsHeld(signal, sizeof *request, 2, std::min<std::size_t>(request->count, kMaxRevisionsLooked));
+    for (std::size_t index = 0; index < offered; ++index) {
+        if (u16At(bytesOf(signal) + sizeof *request + 2 * index) != kRevision) continue;
+        CCI_CONN_ESTABLISH_CFM_S cfm{};
+        cfm.revision = kRevision;
+        reply(cfm, CCI_CONN_ESTABLISH_CFM, clientRef, sender);
+        return;
+    }
+    SSC_TRACE(climateGroup(), kUnexpected, "Protocol revision %d not supported by clientRef %d", kRevision,
+              static_cast<int>(clientRef));
+    replyRej(CCI_CONN_ESTABLISH_REJ, clientRef, kRevisionNotSupported, sender);
+}
+
+// The capabilities are not read, only their size is weighed: 10 bytes and
+// each row's length plus 2. A row the signal does not hold is not counted.
+void ClimateCtrlServer::handleCapabilityReq(ose::Signal* signal)
+{
+    const auto* request = OsService::view<CCI_CAPABILITY_REQ_S>(signal);
+    if (request == nullptr) {
+        SSC_TRACE(climateGroup(), kUnexpected, "CCI_CAPABILITY_REQ too short, dropped");
+        return;
+    }
+    constexpr std::size_t kRowSize = 6;
+    const std::size_t rows = rowsHeld(signal, sizeof *request, kRowSize, request->count);
+    if (rows < request->count)
+        SSC_TRACE(climateGroup(), kUnexpected, "CCI_CAPABILITY_REQ holds %d of its %d rows", static_cast<int>(rows),
+                  static_cast<int>(request->count));
+    std::size_t size = 10;
+    for (std::size_t index = 0; index < rows; ++index) size += u16At(bytesOf(signal) + 12 + kRowSize * index) + 2U;
+    const ose::PROCESS sender = m_pDispatcher->getSender(signal);
+    if (size > kMaxCapabilitySize) {
+        SSC_TRACE(climateGroup(), kUnexpected, "CCI_CAPABILITY_REQ signal size is too big");
+        replyRej(CCI_CAPABILITY_REJ, request->header.clientRef, kCapabilitiesTooBig, sender);
+        return;
+    }
+    CCI_CAPABILITY_CFM_S cfm{};
+    reply(cfm, CCI_CAPABILITY_CFM, request->header.clientRef, sender);
+}
+
+void ClimateCtrlServer::handleRegisterTempMeasReq(ose::Signal* signal)
+{
+    const auto* request = OsService::view<CCI_REGISTER_TEMP_MEAS_REQ_S>(signal);
+    if (request == nullptr) {
+        SSC_TRACE(climateGroup(), kUnexpected, "CCI_REGISTER_TEMP_MEAS_REQ too short, dropped");
+        return;
+    }
+    const std::uint32_t clientRef = request->header.clientRef;
+    const ose::PROCESS sender = m_pDispatcher->getSender(signal);
+    if (request->hwType > kMaxHwType) {
+        SSC_TRACE(climateGroup(), kUnexpected, "Trying to configure unsuppored HW type");
+        replyRej(CCI_REGISTER_TEMP_MEAS_REJ, clientRef, kHwTypeNotSupported, sender);
+        return;
+    }
+    if (request->count > kMaxSensors) {
+        SSC_TRACE(climateGroup(), kUnexpected, "Trying to configure too many hotspot sensors");
+        replyRej(CCI_REGISTER_TEMP_MEAS_REJ, clientRef, kTooManySensors, sender);
+        return;
+    }
+    const std::size_t rows = rowsHeld(signal, sizeof *request, sizeof(CCI_SENSOR_S), request->count);
+    if (rows < request->count) {
+        SSC_TRACE(climateGroup(), kUnexpected, "CCI_REGISTER_TEMP_MEAS_REQ holds %d of its %d sensors, dropped",
+                  static_cast<int>(rows), static_cast<int>(request->count));
+        return;
+    }
+    static constexpr std::array<std::uint32_t, kMaxHwType + 1> kFuncTypes{func_type::kCbu, func_type::kRax,
+                                                                          func_type::kRu, func_type::kTx, func_type::kDu};
+    const std::uint32_t funcType = kFuncTypes[request->hwType];
+    const auto* sensors = reinterpret_cast<const CCI_SENSOR_S*>(bytesOf(signal) + sizeof *request);
+    for (std::size_t index = 0; index < rows; ++index)
+        storeSensor(funcType, sensors[index].maxTemp / 10, sensors[index].gain, sensors[index].tau);
+    CCI_REGISTER_TEMP_MEAS_CFM_S cfm{};
+    cfm.sampleTime = static_cast<std::uint16_t>(ClimateCtrlManager::getSampleTime());
+    cfm.groupId = s_nextGroupId;
+    reply(cfm, CCI_REGISTER_TEMP_MEAS_CFM, clientRef, sender);
+    ++s_nextGroupId;
+}
+
+void ClimateCtrlServer::handleDeregisterTempMeasReq(ose::Signal* signal)
+{
+    const auto* request = OsService::view<CCI_DEREGISTER_TEMP_MEAS_REQ_S>(signal);
+    if (request == nullptr) {
+        SSC_TRACE(climateGroup(), kUnexpected, "CCI_DEREGISTER_TEMP_MEAS_REQ too short, dropped");
+        return;
+    }
+    if (ClimateCtrlManager* climate = manager()) climate->removeTempSensorsOfClient(request->groupId);
+    CCI_GROUP_S cfm{};
+    cfm.groupId = request->groupId;
+    reply(cfm, CCI_DEREGISTER_TEMP_MEAS_CFM, request->header.clientRef, m_pDispatcher->getSender(signal));
+}
+
+// Hundredths become tenths by truncation; no more temperatures are read
+// than a registration can have.
+void ClimateCtrlServer::handleTempMeasFwd(ose::Signal* signal)
+{
+    const auto* request = OsService::view<CCI_TEMP_MEAS_FWD_S>(signal);
+    if (request == nullptr) {
+        SSC_TRACE(climateGroup(), kUnexpected, "CCI_TEMP_MEAS_FWD too short, dropped");
+        return;
+    }
+    const std::size_t count =
+        rowsHeld(signal, sizeof *request, 2, std::min<std::size_t>(request->count, kMaxSensors));
+    std::array<std::int32_t, kMaxSensors> tenths{};
+    for (std::size_t index = 0; index < count; ++index)
+        tenths[index] = static_cast<std::int16_t>(u16At(bytesOf(signal) + sizeof *request + 2 * index)) / 10;
+    ClimateCtrlManager* climate = manager();
+    TempSensorList* sensors = climate != nullptr ? &climate->getTempSensorList() : nullptr;
+    // A group without sensors, or a measurement that does not match its
+    // registration, is refused.
+    const bool known = sensors != nullptr && sensors->countOfClient(request->groupId) != 0;
+    const bool taken = known && sensors->updateTemperatures(request->groupId, std::span(tenths.data(), count));
+    if (taken && count == request->count) return;
+    CCI_GROUP_S rej{};
+    rej.groupId = request->groupId;
+    reply(rej, CCI_TEMP_MEAS_REJ, request->header.clientRef, m_pDispatcher->getSender(signal));
 }
 
 std::uint32_t ClimateCtrlServer::storeSensor(std::uint32_t funcType, std::int32_t setPoint, std::int32_t gain,

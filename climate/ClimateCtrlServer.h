@@ -37,6 +37,15 @@ public:
                        std::uint32_t funcType) override;
 
 private:
+    void handleConnEstablishReq(ose::Signal* signal);
+    void handleCapabilityReq(ose::Signal* signal);
+    void handleRegisterTempMeasReq(ose::Signal* signal);
+    void handleDeregisterTempMeasReq(ose::Signal* signal);
+    void handleTempMeasFwd(ose::Signal* signal);
+    template <typename T>
+    void reply(T& body, ose::SIGSELECT sigNo, std::uint32_t clientRef, ose::PROCESS to);
+    void replyRej(ose::SIGSELECT sigNo, std::uint32_t clientRef, std::uint32_t reason, ose::PROCESS to);
+
     // The id the sensor got.
     static std::uint32_t storeSensor(std::uint32_t funcType, std::int32_t setPoint, std::int32_t gain, std::int32_t tau);
 };

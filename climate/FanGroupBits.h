@@ -29,9 +29,20 @@ constexpr std::uint8_t fromUnitFlags(std::uint8_t flags)
     return byte;
 }
 
+// And back: a climate byte's top four bits as the units' flags, bit 7 in
+// flag 0. The SCU's configuration bytes are built in the climate order.
+constexpr std::uint8_t toUnitFlags(std::uint8_t climateByte)
+{
+    std::uint8_t flags = 0;
+    for (unsigned group = 1; group <= kGroups; ++group)
+        if ((climateByte & bit(group)) != 0) flags = static_cast<std::uint8_t>(flags | (1U << (group - 1)));
+    return flags;
+}
+
 constexpr bool has(std::uint8_t climateByte, unsigned group) { return (climateByte & bit(group)) != 0; }
 
 static_assert(fromUnitFlags(0x05) == 0xA0);
+static_assert(toUnitFlags(0xA0) == 0x05 && toUnitFlags(0x40) == 0x02);
 static_assert(bit(1) == 0x80 && bit(2) == 0x40 && bit(4) == 0x10);
 static_assert(toClimateByte({true, false, false, true}) == 0x90);
 

@@ -38,9 +38,9 @@ protected:
     }
 
     // The manager with two blowers expected; group 3 external.
-    void startClimate(std::int16_t blowers = 2)
+    void startClimate(std::int16_t blowers = 2, std::uint32_t climateSystem = 0)
     {
-        step(0, [this, blowers](HWU_Broker& broker) {
+        step(0, [this, blowers, climateSystem](HWU_Broker& broker) {
             m_pDispatcher = std::make_unique<SignalDispatcher>();
             m_pServer = std::make_unique<ClimateCtrlServer>(m_pDispatcher.get());
             m_units.setSides({m_pServer.get(), nullptr, nullptr, nullptr, nullptr});
@@ -51,7 +51,7 @@ protected:
             numbers[16] = 1;
             numbers[17] = ClimateCfg::kExternalFanGroup;
             ClimateCfg cfg;
-            cfg.setCabinetParameters(0, 0, numbers);
+            cfg.setCabinetParameters(climateSystem, 0, numbers);
             climate->setClimateCfg(cfg);
             climate->setSupportSystemControl(true);
             climate->update(0);
@@ -143,6 +143,23 @@ TEST_F(FanGroupControlTest, AClimateUnitOwnsGroupsTwoAndFourAndTheLastGroupsDele
     EXPECT_THAT(faults(), Not(Contains(::testing::StartsWith("cease 21502 FAN-101"))));
 }
 
+TEST_F(FanGroupControlTest, ParametersWithAnUnknownClimateSystemDoNotRegulateUntilTheNextUpdate)
+{
+    m_scu->set("set.fanSpeed1", 50);
+    startClimate(2, ClimateCfg::kUnknownClimateSystem);
+    inCore(100, [](ClimateCtrlManager& climate) { climate.configureFanGroup(101, 1, kCabinet); });
+    bool possibleBefore = true;
+    inCore(20000, [&](ClimateCtrlManager& climate) {
+        possibleBefore = climate.isRegulationPossible();
+        climate.update(0); // the same record again goes the whole way
+    });
+    runNode(19000);
+    EXPECT_EQ(m_scu->get("set.fanSpeed1"), 50) << "no pass with limits of 0";
+    world().runFor(11000);
+    EXPECT_FALSE(possibleBefore);
+    EXPECT_EQ(m_scu->get("set.fanSpeed1"), 100) << "the basic speed falls back to 100";
+}
+
 TEST(ScuConfiguratorTest, ValuesOutsideTheScusLimitsBecomeNotApplicableWithTheirTrace)
 {
     TraceCapture trace("supSysCtrlClimate:1");
@@ -166,8 +183,8 @@ TEST_F(FanGroupControlTest, TheScuIsConfiguredWithinItsLimitsOnceItIsOperational
     TraceCapture trace("supSysCtrlClimate:7");
     startClimate();
     runNode(6000);
-    // The door switch is off; group 3 is external (bit 5 of the fan group byte).
-    EXPECT_EQ(m_scu->get("set.scuConfigFanGroup"), 0x20);
+    // The door switch is off; group 3 is external: flag 2 on the wire.
+    EXPECT_EQ(m_scu->get("set.scuConfigFanGroup"), 0x04);
     EXPECT_EQ(m_scu->get("set.scuConfigOtherPorts"), 0);
     // intFanHiTemp 0 lies below the SCU's 20..50: sent as not applicable.
     EXPECT_EQ(static_cast<std::int8_t>(m_scu->get("set.scuIntFanHiTemp").value_or(0)), -127);

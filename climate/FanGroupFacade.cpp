@@ -9,7 +9,9 @@
 
 using namespace ssc_trace;
 
-FanGroupFacade::FanGroupFacade(FaultsRegisterIf& faults) { faults.addReporter(this); }
+FanGroupFacade::FanGroupFacade(FaultsRegisterIf& faults) : m_pFaults(&faults) { m_pFaults->addReporter(this); }
+
+FanGroupFacade::~FanGroupFacade() { m_pFaults->removeReporter(this); }
 
 void FanGroupFacade::configureFanGroup(std::uint32_t funcInst, std::uint32_t fanGroupNumber, std::uint32_t cabinetId)
 {

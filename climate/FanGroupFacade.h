@@ -10,6 +10,7 @@ class FaultsRegisterIf;
 class FanGroupFacade : public FanGroupFacadeIf, public FaultsRegisterReportIf {
 public:
     explicit FanGroupFacade(FaultsRegisterIf& faults);
+    ~FanGroupFacade() override;
     FanGroupFacade(const FanGroupFacade&) = delete;
     FanGroupFacade& operator=(const FanGroupFacade&) = delete;
 
@@ -22,5 +23,6 @@ public:
     void ceaseFault(const FaultId_t& faultId, const FuncId_t& funcId) override;
 
 private:
+    FaultsRegisterIf* m_pFaults;
     FanGroupEventIf* m_pEventHandler = nullptr;
 };

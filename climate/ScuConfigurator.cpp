@@ -1,6 +1,7 @@
 #include "climate/ScuConfigurator.h"
 
 #include "climate/ClimateConfigurationIf.h"
+#include "climate/FanGroupBits.h"
 #include "frame/SscTrace.h"
 #include "hwu/HWU_SC.h"
 #include "hwu/ScuIf.h"
@@ -63,6 +64,11 @@ bool ScuConfigurator::sendConfig(ScuIf* scu, bool doorSwitch)
     config.scuConfigFanControl = static_cast<std::uint8_t>(flagIf(cfg.internalFanGroupsAutonomousOperation == 2, 7) |
                                                            flagIf(cfg.externalFanGroupsAutonomousOperation == 2, 6));
     config.scuConfigOtherPorts = flagIf(doorSwitch, 7);
+    // Built in the climate order (group 1, internal groups, the door switch
+    // in the top bit); the SCU reads flag k in bit k.
+    config.scuConfigFanGroup = fan_group::toUnitFlags(config.scuConfigFanGroup);
+    config.scuConfigFanControl = fan_group::toUnitFlags(config.scuConfigFanControl);
+    config.scuConfigOtherPorts = fan_group::toUnitFlags(config.scuConfigOtherPorts);
     const bool doorSwitchPort = ((caps.availableHw >> HWU_SC::kDoorSwitchPort) & 1U) != 0;
     if (doorSwitch && !doorSwitchPort)
         SSC_TRACE(climateGroup(), kError,

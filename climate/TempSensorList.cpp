@@ -100,6 +100,13 @@ void TempSensorList::updatePlacementFactors(std::int32_t cbu, std::int32_t psu, 
     });
 }
 
+std::uint32_t TempSensorList::countOfClient(std::uint32_t hwId)
+{
+    std::uint32_t sensors = 0;
+    forEach([&](TempSensorElement& sensor) { sensors += sensor.hwId() == hwId ? 1 : 0; });
+    return sensors;
+}
+
 TempSensorElement* TempSensorList::find(std::uint32_t id)
 {
     std::unique_ptr<TempSensorElement>* sensor =

@@ -30,6 +30,7 @@ public:
                                 std::int32_t du);
 
     TempSensorElement* find(std::uint32_t id);
+    std::uint32_t countOfClient(std::uint32_t hwId);
     std::uint32_t count() const { return m_sensors.count(); }
 
     // Visits every sensor in list order; the visit may not change the list.
