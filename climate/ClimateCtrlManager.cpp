@@ -1,6 +1,8 @@
 #include "climate/ClimateCtrlManager.h"
 
 #include "cabinet/CabinetObserverIf.h"
+#include "cabinet/ExternalNodeCtrlIf.h"
+#include "climate/ExternalNodeControl.h"
 #include "climate/FanGroupControl.h"
 #include "climate/ScuConfigurator.h"
 #include "climate/TemperatureRegulator.h"
@@ -34,6 +36,7 @@ ClimateCtrlManager::ClimateCtrlManager(SscHandleIf& ssc, HwuBrokerIf& broker, Fa
     // The parts first: the broker tells a new subscriber of its units at once.
     m_pRegulator = std::make_unique<TemperatureRegulator>(this, this);
     m_pFanGroupControl = std::make_unique<FanGroupControl>(&broker, &faults, this, ssc.getFanGroupEventHandler());
+    m_pExternalNodeControl = std::make_unique<ExternalNodeControl>(this);
     m_pScuConfigurator = std::make_unique<ScuConfigurator>(this);
     m_pBroker->subscribeHWU(this);
     if (CabinetObserverIf* cabinet = ssc.getCabinetObserver()) cabinet->subscribe(CabinetObserverIf::kCabinetConfigured, this);
@@ -43,6 +46,7 @@ ClimateCtrlManager::ClimateCtrlManager(SscHandleIf& ssc, HwuBrokerIf& broker, Fa
 ClimateCtrlManager::~ClimateCtrlManager()
 {
     TimerService::stopAllTimers(this);
+    if (m_pExternalNodes != nullptr) m_pExternalNodes->removeObserver(m_pExternalNodeControl.get());
     if (CabinetObserverIf* cabinet = m_pSsc->getCabinetObserver())
         cabinet->unsubscribe(CabinetObserverIf::kCabinetConfigured, this);
     m_pBroker->unSubscribeHWU(this);
@@ -91,9 +95,19 @@ void ClimateCtrlManager::checkSensorStatus(std::uint32_t id)
     if (m_tempSensorList.checkSensorStatus(id)) TimerService::startTimer(kStatusCheckMs, kSensorStatusTimer, this, id);
 }
 
-// Without secondary nodes this node's demand stands alone; the primary's
-// share of the inter-node climate comes with the climate server.
-void ClimateCtrlManager::getMaxAirflowDemand(float* /*demand*/) {}
+void ClimateCtrlManager::getMaxAirflowDemand(float* demand) { m_pExternalNodeControl->getMaxAirflow(demand); }
+
+void ClimateCtrlManager::airflowDemandFromSecondary(std::uint32_t id, float demand)
+{
+    m_pExternalNodeControl->airflowDemand(id, demand);
+}
+
+void ClimateCtrlManager::attachExternalNodes(ExternalNodeCtrlIf* nodes)
+{
+    if (m_pExternalNodes != nullptr) m_pExternalNodes->removeObserver(m_pExternalNodeControl.get());
+    m_pExternalNodes = nodes;
+    if (nodes != nullptr) nodes->addObserver(m_pExternalNodeControl.get());
+}
 
 void ClimateCtrlManager::sendAirflowDemand(float demand)
 {
@@ -105,11 +119,14 @@ void ClimateCtrlManager::setFanSpeeds(int internalSpeed, int externalSpeed)
     m_pFanGroupControl->setFanSpeeds(internalSpeed, externalSpeed);
 }
 
+// A secondary node that has not told its demand yet may be hot: the
+// regulator keeps the missing-node speed as its floor until it has.
 void ClimateCtrlManager::updateBasicFanSpeed()
 {
-    // A secondary node without a demand would call for the missing-node
-    // speed; without secondaries the basic speed holds.
-    m_pRegulator->useBasicFanSpeed();
+    if (m_cabinetUpdated && m_supportSystemControl && m_pExternalNodeControl->hasNodeWithoutDemand())
+        m_pRegulator->useMissingNodeFanSpeed();
+    else
+        m_pRegulator->useBasicFanSpeed();
     SSC_TRACE(climateGroup(), kFlow, "BasicFanSpeed is %d", static_cast<int>(m_pRegulator->basicFanSpeed()));
 }
 

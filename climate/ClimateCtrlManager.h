@@ -8,6 +8,7 @@
 #include "climate/ClimateCfg.h"
 #include "climate/ClimateConfigurationIf.h"
 #include "climate/ClimateRegulationIf.h"
+#include "climate/ExternalNodeControlCallbackIf.h"
 #include "climate/TempSensorList.h"
 #include "frame/Noncopyable.h"
 #include "frame/Observer.h"
@@ -18,6 +19,8 @@
 #include <functional>
 #include <memory>
 
+class ExternalNodeControl;
+class ExternalNodeCtrlIf;
 class FanGroupControl;
 class FaultsRegisterIf;
 class HwuBrokerIf;
@@ -30,6 +33,7 @@ class ClimateCtrlManager : public Observer,
                            public BrokerObserverIf,
                            public ClimateRegulationIf,
                            public ClimateConfigurationIf,
+                           public ExternalNodeControlCallbackIf,
                            private Noncopyable {
 public:
     static constexpr TimerType kRegulationTimer = 21;
@@ -51,13 +55,17 @@ public:
     void unitOperational(const FuncId_t& unit) override;
     void unitRemoved(const FuncId_t& unit) override;
     void unitRestarted(const FuncId_t&) override {}
-    float getFlowFactor() const;
+    float getFlowFactor() const override;
     TempSensorList& getTempSensorList() override { return m_tempSensorList; }
     const ClimateCfg& getClimateCfg() override { return m_climateCfg; }
     void sendAirflowDemand(float demand) override;
     void setFanSpeeds(int internalSpeed, int externalSpeed) override;
     void getMaxAirflowDemand(float* demand) override;
-    void updateBasicFanSpeed();
+    void updateBasicFanSpeed() override;
+    // A secondary node's demand, as the inter-node climate brings it.
+    void airflowDemandFromSecondary(std::uint32_t id, float demand);
+    // The external node list tells the secondaries' air flow of its nodes.
+    void attachExternalNodes(ExternalNodeCtrlIf* nodes);
 
     void addTempSensor(std::uint32_t funcType, std::int32_t setPointTenths, std::int16_t coolingGain,
                        std::int16_t timeConstant, std::uint32_t id, std::uint32_t hwId);
@@ -85,6 +93,7 @@ public:
 
     TemperatureRegulator& regulator() { return *m_pRegulator; }
     FanGroupControl& fanGroupControl() { return *m_pFanGroupControl; }
+    ExternalNodeControl& externalNodeControl() { return *m_pExternalNodeControl; }
 
 private:
     ClimateCtrlManager(SscHandleIf& ssc, HwuBrokerIf& broker, FaultsRegisterIf& faults);
@@ -94,6 +103,7 @@ private:
     std::int32_t placementFactorOf(std::uint32_t funcType) const;
 
     std::unique_ptr<TemperatureRegulator> m_pRegulator;
+    std::unique_ptr<ExternalNodeControl> m_pExternalNodeControl;
     std::unique_ptr<FanGroupControl> m_pFanGroupControl;
     TempSensorList m_tempSensorList;
     std::unique_ptr<ScuConfigurator> m_pScuConfigurator;
@@ -105,4 +115,5 @@ private:
     bool m_supportSystemControl = false;
     bool m_cabinetUpdated = false;
     DoorSwitchOf m_doorSwitchOf;
+    ExternalNodeCtrlIf* m_pExternalNodes = nullptr;
 };

@@ -4,6 +4,8 @@
 
 #include "climate/ClimateCtrlManager.h"
 #include "climate/ClimateCtrlServer.h"
+#include "climate/ExternalNodeControl.h"
+#include "climate/TemperatureRegulator.h"
 #include "climate/FanGroupControl.h"
 #include "climate/ScuConfigurator.h"
 #include "frame/SignalDispatcher.h"
@@ -158,6 +160,26 @@ TEST_F(FanGroupControlTest, ParametersWithAnUnknownClimateSystemDoNotRegulateUnt
     world().runFor(11000);
     EXPECT_FALSE(possibleBefore);
     EXPECT_EQ(m_scu->get("set.fanSpeed1"), 100) << "the basic speed falls back to 100";
+}
+
+TEST_F(FanGroupControlTest, ASecondaryWithoutADemandLowersTheFloorAndItsDemandRaisesTheAirFlow)
+{
+    std::vector<std::int32_t> basic;
+    float demand = 0.0f;
+    startClimate();
+    inCore(1000, [&](ClimateCtrlManager& climate) {
+        basic.push_back(climate.regulator().basicFanSpeed());
+        climate.externalNodeControl().nodeAdded(ExternalNode(3));
+        climate.updateBasicFanSpeed();
+        basic.push_back(climate.regulator().basicFanSpeed());
+        climate.airflowDemandFromSecondary(3, 250.0f);
+        basic.push_back(climate.regulator().basicFanSpeed());
+        climate.getMaxAirflowDemand(&demand);
+    });
+    runNode(2000);
+    // Basic 0 and missing-node 0 fall back to 100 and 30.
+    EXPECT_EQ(basic, (std::vector<std::int32_t>{100, 30, 100}));
+    EXPECT_EQ(demand, 250.0f);
 }
 
 TEST(ScuConfiguratorTest, ValuesOutsideTheScusLimitsBecomeNotApplicableWithTheirTrace)

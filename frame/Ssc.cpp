@@ -156,5 +156,6 @@ void Ssc::createManagers()
     ClimateCtrlManager* climate = ClimateCtrlManager::create(*this, *m_pBroker, ActiveFaultsRegister::instance());
     CabinetFacade* cabinet = m_pCabinetFacade.get();
     climate->setDoorSwitchOf([cabinet](std::uint32_t cabinetFuncInst) { return cabinet->getDoorSwitch(cabinetFuncInst) != 0; });
+    climate->attachExternalNodes(m_pExternalNodeCtrl);
     m_pBroker->start(*this);
 }
