@@ -3,6 +3,7 @@
 #include "ose/BigEndian.h"
 #include "ose/Clock.h"
 #include "app/GatewayTransactionPort.h"
+#include "app/SscctlCci.h"
 #include "app/SscctlEmi.h"
 #include "ose/GatewayClient.h"
 #include "platform/VantoTransactionMgmtClient.h"
@@ -40,6 +41,13 @@ const char* sscctlUsage()
            "                                     watch MS   print status and faults for MS (world time on a\n"
            "                                                virtual clock, else wall time)\n"
            "                                   TYPE: scu, sau, psu, pdu, bfu, efuse, clu. One line per answer.\n"
+           "  cci STEP...                      talk to the climate control interface as software with hot\n"
+           "                                   spots does, the steps in order on one connection:\n"
+           "                                     connect\n"
+           "                                     register HWTYPE MAXTEMPS   (cbu, rax, ru, tx, du; degrees like\n"
+           "                                                45,50.5: one sensor each)\n"
+           "                                     temps GROUP DEGREES   (GROUP from register, - for the last)\n"
+           "                                     deregister GROUP | watch MS\n"
            "  sim silence|clear|restart ADDRESS [PORT] | sim replace ADDRESS SERIAL [PORT]\n"
            "                                   fault injection on the simulated bus: a unit stops answering,\n"
            "                                   answers again, restarts, or is replaced (serial SIM<SERIAL>)\n"
@@ -142,6 +150,10 @@ bool parseVerbArgs(ArgReader& in, SscctlCommand& command)
         command.words.assign(in.args.begin() + static_cast<long>(in.i), in.args.end());
         in.i = in.args.size();
         return checkEmiSteps(command.words, in.error);
+    case Verb::Cci:
+        command.words.assign(in.args.begin() + static_cast<long>(in.i), in.args.end());
+        in.i = in.args.size();
+        return checkCciSteps(command.words, in.error);
     case Verb::Sim:
         command.words.assign(in.args.begin() + static_cast<long>(in.i), in.args.end());
         in.i = in.args.size();
@@ -192,7 +204,7 @@ bool parseSscctl(const std::vector<std::string>& args, SscctlCommand& command, s
     static const std::pair<const char*, Verb> verbs[] = {{"hunt", Verb::Hunt}, {"send", Verb::Send},
                                                           {"recv", Verb::Recv}, {"time", Verb::Time},
                                                           {"advance", Verb::Advance}, {"trace", Verb::Trace}, {"transaction", Verb::Transaction},
-                                                          {"emi", Verb::Emi}, {"sim", Verb::Sim},
+                                                          {"emi", Verb::Emi}, {"cci", Verb::Cci}, {"sim", Verb::Sim},
                                                           {"help", Verb::Help}};
     for (auto [name, verb] : verbs)
         if (word == name) {
@@ -327,6 +339,7 @@ int runVerb(const SscctlCommand& command, ose::GatewayClient& client, std::ostre
     case Verb::Transaction:
         return runTransaction(command, client, out, err);
     case Verb::Emi: return runEmi(command.words, client, out, err);
+    case Verb::Cci: return runCci(command.words, client, out, err);
     case Verb::Sim: return runSim(command.words, client, out, err);
     case Verb::Help:
         out << sscctlUsage();

@@ -2,6 +2,7 @@
 // registers its temperature sensors with the core and sends their
 // measurements, through the gateway only, on the virtual clock.
 
+#include "app/SscctlCommand.h"
 #include "climate/CciSignals.h"
 #include "ose/GatewayClient.h"
 #include "tests/system/NodeProcess.h"
@@ -9,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <vector>
 
 namespace systemtest {
@@ -131,6 +133,33 @@ TEST_F(CciSystemTest, ShortSignalsAreDroppedAndTheServerGoesOn)
     // A registration announcing more sensors than it holds is dropped whole.
     EXPECT_EQ(ask(CCI_REGISTER_TEMP_MEAS_REQ, {4, 3, 5000, -50, 100}), 0u);
     EXPECT_EQ(ask(CCI_CONN_ESTABLISH_REQ, {1, 1}), CCI_CONN_ESTABLISH_CFM);
+}
+
+TEST(CciSscctlTest, SscctlRegistersFeedsAndDeregistersSensorsInOneConversation)
+{
+    NodeProcess node({"--clock", "virtual", "--site", SSC_SOURCE_DIR "/sim/sites/default.xml"});
+    app::SscctlCommand command;
+    std::string error;
+    ASSERT_TRUE(app::parseSscctl({"--socket", node.socketPath(), "cci", "connect", "register", "du", "50,60.5", "temps",
+                                  "-", "55.12,49.99", "temps", "-", "55", "deregister", "-", "register", "ru",
+                                  "1,2,3,4,5,6,7,8,9,10"},
+                                 command, error))
+        << error;
+    std::ostringstream out;
+    std::ostringstream err;
+    EXPECT_EQ(app::runSscctl(command, out, err), app::kDone) << err.str();
+    std::istringstream lines(out.str());
+    std::vector<std::string> seen;
+    for (std::string line; std::getline(lines, line);) seen.push_back(line);
+    ASSERT_EQ(seen.size(), 5u) << out.str();
+    EXPECT_EQ(seen[0], "connected: revision 1");
+    EXPECT_EQ(seen[1].rfind("registered: group ", 0), 0u);
+    EXPECT_NE(seen[1].find(", sample time 5 s"), std::string::npos);
+    const std::string group = seen[1].substr(18, seen[1].find(',') - 18);
+    EXPECT_EQ(seen[2], "measurement refused: group " + group + " (not registered, or not one temperature per sensor)");
+    EXPECT_EQ(seen[3], "deregistered: group " + group);
+    EXPECT_EQ(seen[4].rfind("registered: group ", 0), 0u);
+    EXPECT_EQ(node.stop(), 0);
 }
 
 } // namespace
