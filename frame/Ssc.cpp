@@ -14,6 +14,7 @@
 #include "cabinet/CabinetFacade.h"
 #include "climate/ClimateCtrlManager.h"
 #include "climate/ClimateCtrlServer.h"
+#include "climate/ClimateFacade.h"
 #include "climate/FanGroupFacade.h"
 #include "frame/ActiveFaultsRegister.h"
 #include "frame/SscTrace.h"
@@ -36,6 +37,7 @@ Ssc::~Ssc()
 {
     // The climate manager watches the broker and the cabinet; the cabinet
     // and the broker watch each other.
+    m_pClimateFacade.reset();
     ClimateCtrlManager::destroy();
     if (m_pBroker != nullptr) m_pBroker->detachCabinet();
     m_pCabinetFacade.reset();
@@ -89,8 +91,14 @@ void Ssc::initialize()
     m_pCabinetFacade = std::make_unique<CabinetFacade>(*this, faults);
     m_pCabinetCtrl = m_pCabinetFacade.get();
     m_pCabinetObserver = m_pCabinetFacade.get();
-    // The cabinet and climate facades.
-    m_pCmiAdapter = std::make_unique<CmiAdapter>(dispatcher);
+    m_pClimateFacade = std::make_unique<ClimateFacade>();
+    // The cabinet interface; the inter-node server and client join it as
+    // they are built.
+    m_pCmiAdapter = std::make_unique<CmiAdapter>(
+        dispatcher, CmiAdapter::Facades{m_pFanGroupFacade.get(), m_pCabinetFacade.get(), m_pClimateFacade.get(), nullptr,
+                                        nullptr, m_pNodeFacade.get(), m_pHdlcAddressFacade.get()});
+    m_pHdlcAddressFacade->setEventHandler(m_pCmiAdapter.get());
+    m_pNodeFacade->setEventHandler(m_pCmiAdapter.get());
     m_pClimateCtrlServer = std::make_unique<ClimateCtrlServer>(dispatcher);
     m_servers[2].pServer = m_pClimateCtrlServer.get();
     // The battery backup, power supply and power distribution facades.
@@ -124,7 +132,11 @@ void Ssc::initialize()
                                                                m_pBfuFacade.get(), m_pPduFacade.get(),
                                                                m_pPsuFacade.get(), m_pCluFacade.get()})
         facade->setEventHandler(m_pEmiAdapter.get());
-    // The adapters become the event handlers of the facades here.
+    // The cabinet interface hears the fan groups, the cabinet and the climate.
+    m_pFanGroupFacade->setEventHandler(m_pCmiAdapter.get());
+    m_pFanGroupEventHandler = m_pCmiAdapter.get();
+    m_pCabinetFacade->setEventHandler(m_pCmiAdapter.get());
+    m_pClimateFacade->setEventHandler(m_pCmiAdapter.get());
     bringUpServers();
 }
 

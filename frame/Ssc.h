@@ -19,6 +19,7 @@ class ApcInciClient;
 class ApcInciServer;
 class CabinetFacade;
 class ClimateCtrlServer;
+class ClimateFacade;
 class FanGroupFacade;
 class CmiAdapter;
 class BfuFacade;
@@ -129,6 +130,7 @@ private:
     // The cabinet watches the broker and the broker the cabinet: the root
     // takes the two apart before either goes.
     std::unique_ptr<CabinetFacade> m_pCabinetFacade;
+    std::unique_ptr<ClimateFacade> m_pClimateFacade;
     // Views handed out by the getters; each is set where its object is made.
     PowerCtrlManager* m_pPowerCtrlManager = nullptr;
     HWU_Broker* m_pHwuBroker = nullptr;

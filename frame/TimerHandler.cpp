@@ -235,8 +235,14 @@ void TimerHandler::handleCyclicExpiry(ose::Signal* signal)
     if (!takeExpired(signal, expired)) return;
     RunningCyclic running{&expired, false, m_pRunningCyclic};
     m_pRunningCyclic = &running;
+    // Also when the core ends inside the time-out (its stack unwinds): the
+    // handler outlives the objects, which still stop their timers.
+    struct Unlink {
+        RunningCyclic*& head;
+        RunningCyclic* outer;
+        ~Unlink() { head = outer; }
+    } unlink{m_pRunningCyclic, running.pOuter};
     expired.observer->timeout({expired.timerType, expired.argument});
-    m_pRunningCyclic = running.pOuter;
     if (running.stopped) return;
     // The observer may have started the triple anew; its request stands.
     if (findTimer(expired.timerType, expired.observer, expired.argument) != kNoSlot) return;
