@@ -27,8 +27,13 @@ const char* nodeUsage()
            "                        plant's state once per simulated second to FILE (CSV; see\n"
            "                        scripts/plot-run)\n"
            "  --configure-site      with --site: configure every unit of the site over the equipment\n"
-           "                        management interface at start, as the object layer will, and\n"
-           "                        trace their status and faults (trace group site, level 4)\n"
+           "                        management interface at start, as the object layer will, make\n"
+           "                        the node the site's primary with an outdoor cabinet's climate\n"
+           "                        over the cabinet management interface (two internal fan groups,\n"
+           "                        PSU hot spots), and trace status and faults (trace group site,\n"
+           "                        level 4)\n"
+           "  --no-climate          with --configure-site: configure the units only; the fans keep\n"
+           "                        the site's own command\n"
            "  --run-for MS          stop after MS of world time\n"
            "  --help                this text\n"
            "  --version             the program's version\n"
@@ -64,6 +69,7 @@ bool parseNodeOptions(const std::vector<std::string>& args, NodeOptions& options
         else if (arg == "--version") options.version = true;
         else if (arg == "--demo") options.demo = true;
         else if (arg == "--configure-site") options.configureSite = true;
+        else if (arg == "--no-climate") options.siteClimate = false;
         else if (arg == "--record") {
             if (!value(options.record)) return false;
         }
@@ -102,6 +108,10 @@ bool parseNodeOptions(const std::vector<std::string>& args, NodeOptions& options
     }
     if (!options.record.empty() && options.site.empty()) {
         error = "--record needs --site: it records the plant of that site";
+        return false;
+    }
+    if (!options.siteClimate && !options.configureSite) {
+        error = "--no-climate needs --configure-site: it leaves out part of that configuration";
         return false;
     }
     if (options.configureSite && options.site.empty()) {

@@ -22,6 +22,7 @@ struct NodeOptions {
     bool holdClock = false;     // virtual clock: stand still until a time-holding client connects
     bool demo = false;
     bool configureSite = false; // configure the site's units over EMI, as the object layer will
+    bool siteClimate = true;    // with configureSite: make the node primary and configure its cabinet's climate over CMI
     std::string record;         // the plant's recording, a CSV file; empty: none
     std::optional<std::uint64_t> runForMs;
     bool help = false;

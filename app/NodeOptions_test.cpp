@@ -38,6 +38,7 @@ TEST(NodeOptionsTest, MistakesAreNamedInPlainWords)
                           Case{{"--hold-clock"}, "--hold-clock needs --clock virtual"},
                           Case{{"--site"}, "--site needs a value"},
                           Case{{"--configure-site"}, "--configure-site needs --site"},
+                          Case{{"--site", "cab.xml", "--no-climate"}, "--no-climate needs --configure-site"},
                           Case{{"--record", "run.csv"}, "--record needs --site"}}) {
         NodeOptions options;
         std::string error;

@@ -1,9 +1,11 @@
 #pragma once
 // Plays the object layer's part for a simulated site until the object
-// process exists: a process "site_configurator" configures every unit of the
-// site over the equipment management interface, subscribes its status, and
-// traces what comes back as one readable line each (trace group "site",
-// level 4).
+// process exists: a process "site_configurator" makes the node the site's
+// primary and configures its cabinet (an outdoor cabinet's climate, fan
+// groups 1 and 2) over the cabinet management interface, configures every
+// unit of the site over the equipment management interface, subscribes
+// their status, and traces what comes back as one readable line each (trace
+// group "site", level 4). Without the climate only the units are configured.
 
 #include "sim/SimCabinet.h"
 
@@ -11,6 +13,6 @@
 
 namespace site {
 
-void startSiteConfigurator(ose::World& world, ose::Node& node, const sim::SimCabinet& cabinet);
+void startSiteConfigurator(ose::World& world, ose::Node& node, const sim::SimCabinet& cabinet, bool climate = true);
 
 } // namespace site

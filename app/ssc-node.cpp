@@ -149,7 +149,7 @@ int main(int argc, char** argv)
     if (!options.site.empty()) sim::A4ciSimServer::start(world, node, cabinet);
     createCoreProcess(world, node);
     if (options.demo) demo::startDemoProcesses(world, node);
-    if (options.configureSite) site::startSiteConfigurator(world, node, cabinet);
+    if (options.configureSite) site::startSiteConfigurator(world, node, cabinet, options.siteClimate);
     {
         StopOnSignals stopOnSignals(world);
         if (options.runForMs) world.runFor(*options.runForMs);

@@ -13,6 +13,7 @@ public:
     // The cabinet's identity held in the unit's memory (read by 208,
     // written by 211).
     ProductStrings& cabinet() { return m_cabinet; }
+    const ProductStrings& cabinet() const { return m_cabinet; }
 
 protected:
     Handled answerTyped(SimRequest& request, SimFrame& confirm) override;
