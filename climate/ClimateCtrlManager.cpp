@@ -2,6 +2,7 @@
 
 #include "cabinet/CabinetObserverIf.h"
 #include "cabinet/ExternalNodeCtrlIf.h"
+#include "climate/ClimateCtrlServer.h"
 #include "climate/ExternalNodeControl.h"
 #include "climate/FanGroupControl.h"
 #include "climate/ScuConfigurator.h"
@@ -147,8 +148,11 @@ void ClimateCtrlManager::handleClimateControlUpdate()
         m_climateCfg.climateSystem = 0;
         return;
     }
-    if (m_supportSystemControl && m_climateCfg.climateSystem != m_climateSystemSent)
+    if (m_supportSystemControl && m_climateCfg.climateSystem != m_climateSystemSent) {
+        if (ClimateCtrlServer* server = m_pSsc->getClimateCtrlServer())
+            server->sendClimateSystem(m_climateCfg.climateSystem == 0);
         m_climateSystemSent = m_climateCfg.climateSystem;
+    }
     updateBasicFanSpeed();
     m_pRegulator->updateFanParameters();
     m_tempSensorList.updatePlacementFactors(m_climateCfg.placementFactorCBU, m_climateCfg.placementFactorPSU,

@@ -1,8 +1,11 @@
 #include "climate/ClimateCtrlServer.h"
 
+#include "climate/ApcClimateSignals.h"
 #include "climate/CciSignals.h"
+#include "climate/TemperatureRegulator.h"
 #include "climate/ClimateCtrlManager.h"
 #include "frame/FuncType.h"
+#include "frame/EC_LinkedListIterator.h"
 #include "frame/OsService.h"
 #include "frame/SscTrace.h"
 
@@ -41,6 +44,12 @@ std::unique_ptr<SSC_Server::SignalIterator> ClimateCtrlServer::createSignalItera
         {CCI_REGISTER_TEMP_MEAS_REQ, "CCI_REGISTER_TEMP_MEAS_REQ", &ClimateCtrlServer::handleRegisterTempMeasReq},
         {CCI_DEREGISTER_TEMP_MEAS_REQ, "CCI_DEREGISTER_TEMP_MEAS_REQ", &ClimateCtrlServer::handleDeregisterTempMeasReq},
         {CCI_TEMP_MEAS_FWD, "CCI_TEMP_MEAS_FWD", &ClimateCtrlServer::handleTempMeasFwd},
+        {apc::APC_AIRFLOW_CFM, "APC_AIRFLOW_CFM", &ClimateCtrlServer::handleAirflowCfm},
+        {apc::APC_CLIMATE_SUBSCRIBE_REQ, "APC_CLIMATE_SUBSCRIBE_REQ", &ClimateCtrlServer::handleClimateSubscribeReq},
+        {apc::APC_CLIMATE_SUBSCRIBE_CFM, "APC_CLIMATE_SUBSCRIBE_CFM", &ClimateCtrlServer::handleClimateSubscribeCfm},
+        {apc::APC_CLIMATE_SYSTEM_CONFIG_IND, "APC_CLIMATE_SYSTEM_CONFIG_IND",
+         &ClimateCtrlServer::handleClimateSystemConfigInd},
+        {apc::APC_AIRFLOW_REQ, "APC_AIRFLOW_REQ", &ClimateCtrlServer::handleAirflowReq},
     };
     return makeSignalIterator(*this, kSignalTable);
 }
@@ -282,4 +291,101 @@ void ClimateCtrlServer::fanGroupState(std::uint32_t cabinetFuncInst, std::uint32
                                       std::uint32_t funcType)
 {
     if (ClimateCtrlManager* climate = manager()) climate->fanGroupState(cabinetFuncInst, group, state, funcType);
+}
+
+// ---- the secondary nodes' climate, on the primary ----
+
+void ClimateCtrlServer::sendClimateSystemTo(const Subscriber& subscriber, std::uint16_t climateSystem)
+{
+    apc::APC_CLIMATE_SYSTEM_CONFIG_IND_S ind{};
+    ind.sigNo = apc::APC_CLIMATE_SYSTEM_CONFIG_IND;
+    ind.clientRef = subscriber.word1;
+    ind.serverRef = subscriber.word2;
+    ind.climateSystem = climateSystem;
+    ose::Signal* signal = OsService::alloc(sizeof ind, apc::APC_CLIMATE_SYSTEM_CONFIG_IND);
+    std::memcpy(static_cast<void*>(signal), &ind, sizeof ind);
+    m_pDispatcher->sendSignal(signal, subscriber.pid);
+}
+
+void ClimateCtrlServer::sendClimateSystem(bool isZero)
+{
+    EC_LinkedListIterator<Subscriber> walk(m_climateSubscribers);
+    while (const Subscriber* subscriber = walk.next()) sendClimateSystemTo(*subscriber, isZero ? 0 : 1);
+}
+
+// A second subscription of the same client gets both answers again.
+void ClimateCtrlServer::handleClimateSubscribeReq(ose::Signal* signal)
+{
+    const auto* request = OsService::view<apc::APC_CLIMATE_SUBSCRIBE_S>(signal);
+    if (request == nullptr) {
+        SSC_TRACE(climateGroup(), kUnexpected, "APC_CLIMATE_SUBSCRIBE_REQ too short, dropped");
+        return;
+    }
+    const Subscriber subscriber{m_pDispatcher->getSender(signal), request->clientRef, request->serverRef};
+    if (!m_climateSubscribers.contains(subscriber)) m_climateSubscribers.add(subscriber);
+    apc::APC_CLIMATE_SUBSCRIBE_S cfm{};
+    cfm.sigNo = apc::APC_CLIMATE_SUBSCRIBE_CFM;
+    cfm.clientRef = subscriber.word1;
+    cfm.serverRef = subscriber.word2;
+    ose::Signal* answer = OsService::alloc(sizeof cfm, apc::APC_CLIMATE_SUBSCRIBE_CFM);
+    std::memcpy(static_cast<void*>(answer), &cfm, sizeof cfm);
+    m_pDispatcher->sendSignal(answer, subscriber.pid);
+    ClimateCtrlManager* climate = ClimateCtrlManager::getInstance();
+    sendClimateSystemTo(subscriber, climate != nullptr && climate->getClimateCfg().climateSystem != 0 ? 1 : 0);
+}
+
+void ClimateCtrlServer::handleClimateSubscribeCfm(ose::Signal* /*signal*/) {}
+
+// On a secondary node: the primary's climate system becomes this cabinet's.
+void ClimateCtrlServer::handleClimateSystemConfigInd(ose::Signal* signal)
+{
+    const auto* ind = OsService::view<apc::APC_CLIMATE_SYSTEM_CONFIG_IND_S>(signal);
+    if (ind == nullptr) {
+        SSC_TRACE(climateGroup(), kUnexpected, "APC_CLIMATE_SYSTEM_CONFIG_IND too short, dropped");
+        return;
+    }
+    ClimateCtrlManager* climate = manager();
+    if (climate == nullptr) return;
+    ClimateCfg cfg = climate->getClimateCfg();
+    cfg.climateSystem = ind->climateSystem != 0 ? 1 : 0;
+    climate->setClimateCfg(cfg);
+}
+
+void ClimateCtrlServer::handleAirflowReq(ose::Signal* signal)
+{
+    const auto* request = OsService::view<apc::APC_AIRFLOW_S>(signal);
+    if (request == nullptr) {
+        SSC_TRACE(climateGroup(), kUnexpected, "APC_AIRFLOW_REQ too short, dropped");
+        return;
+    }
+    ClimateCtrlManager* climate = manager();
+    const float previous = climate != nullptr ? climate->regulator().previousAirflow() : 0.0f;
+    const std::int16_t demand = request->airflow;
+    apc::APC_AIRFLOW_S answer{};
+    answer.clientRef = request->clientRef;
+    answer.serverRef = request->serverRef;
+    if (demand >= -apc::kMaxDemand && demand <= apc::kMaxDemand && climate != nullptr) {
+        climate->airflowDemandFromSecondary(request->serverRef, static_cast<float>(demand));
+        answer.sigNo = apc::APC_AIRFLOW_CFM;
+        answer.airflow = static_cast<std::int16_t>(climate->isRegulationPossible() ? previous : static_cast<float>(demand));
+    } else {
+        answer.sigNo = apc::APC_AIRFLOW_REJ;
+        answer.airflow = static_cast<std::int16_t>(previous);
+        answer.error = apc::kDemandOutOfRange;
+    }
+    const ose::SIGSELECT sigNo = answer.sigNo;
+    ose::Signal* reply = OsService::alloc(sizeof answer, sigNo);
+    std::memcpy(static_cast<void*>(reply), &answer, sizeof answer);
+    m_pDispatcher->sendSignal(reply, m_pDispatcher->getSender(signal));
+}
+
+// On a secondary node: the air flow the primary runs.
+void ClimateCtrlServer::handleAirflowCfm(ose::Signal* signal)
+{
+    const auto* cfm = OsService::view<apc::APC_AIRFLOW_S>(signal);
+    if (cfm == nullptr) {
+        SSC_TRACE(climateGroup(), kUnexpected, "APC_AIRFLOW_CFM too short, dropped");
+        return;
+    }
+    if (ClimateCtrlManager* climate = manager()) climate->regulator().setPreviousAirflow(static_cast<float>(cfm->airflow));
 }

@@ -8,6 +8,7 @@
 // interface they belong to.
 
 #include "climate/ClimateCtrlIf.h"
+#include "frame/EC_LinkedList.h"
 #include "frame/SSC_Server.h"
 
 class ClimateCtrlServer : public ClimateCtrlIf, public SSC_Server {
@@ -36,12 +37,25 @@ public:
     void fanGroupState(std::uint32_t cabinetFuncInst, std::uint32_t group, std::uint32_t state,
                        std::uint32_t funcType) override;
 
+    // To each secondary that subscribed: whether the cabinet has a climate
+    // system (0 or 1).
+    void sendClimateSystem(bool isZero);
+
 private:
+    // Secondary nodes subscribed to the climate system: pid, clientRef (word1), serverRef (word2).
+    EC_LinkedList<Subscriber> m_climateSubscribers;
+
     void handleConnEstablishReq(ose::Signal* signal);
     void handleCapabilityReq(ose::Signal* signal);
     void handleRegisterTempMeasReq(ose::Signal* signal);
     void handleDeregisterTempMeasReq(ose::Signal* signal);
     void handleTempMeasFwd(ose::Signal* signal);
+    void handleClimateSubscribeReq(ose::Signal* signal);
+    void handleClimateSubscribeCfm(ose::Signal* signal);
+    void handleClimateSystemConfigInd(ose::Signal* signal);
+    void handleAirflowReq(ose::Signal* signal);
+    void handleAirflowCfm(ose::Signal* signal);
+    void sendClimateSystemTo(const Subscriber& subscriber, std::uint16_t climateSystem);
     template <typename T>
     void reply(T& body, ose::SIGSELECT sigNo, std::uint32_t clientRef, ose::PROCESS to);
     void replyRej(ose::SIGSELECT sigNo, std::uint32_t clientRef, std::uint32_t reason, ose::PROCESS to);

@@ -5,6 +5,7 @@
 
 #include "adapters/CmiSignals.h"
 #include "adapters/EmiSignals.h"
+#include "climate/ApcClimateSignals.h"
 #include "ose/GatewayClient.h"
 #include "sim/SimControlSignals.h"
 #include "tests/system/EmiRequest.h"
@@ -57,6 +58,9 @@ std::string cabinet(std::uint32_t climateSystem = 0)
     config.parameters[17] = 1;   // fanGroup2Control
     config.parameters[23] = 5;   // heater1OnTemp
     config.parameters[24] = 10;  // heater1OffTemp
+    config.parameters[28] = 35;  // intFanHiTemp, within the SCU's limits
+    config.parameters[30] = 40;  // extFanHiUpTemp
+    config.parameters[32] = 35;  // extFanHiDownTemp
     std::strcpy(config.serialNumber, "CAB00004711");
     std::strcpy(config.productName, "RBS 6101");
     return cmiSignal(CMI_SET_CONFIG_REQ, kCabinet, 0, &config, sizeof config);
@@ -173,6 +177,50 @@ TEST_F(CmiSystemTest, ANodeMadePrimaryOverCmiRegulatesItsCabinetsFans)
     auto report = nextOf(m_client, CMI_ACTION_IND);
     ASSERT_TRUE(report);
     EXPECT_EQ(report->bytes.size(), kReportBaseSize + 3 * kReportRowSize);
+    EXPECT_EQ(m_node.stop(), 0);
+}
+
+TEST_F(CmiSystemTest, ASecondaryNodesDemandReachesThePrimarysRegulator)
+{
+    for (const std::string& request : {primaryNode(), cabinet(), fanGroup(101, 1), fanGroup(102, 2)})
+        ASSERT_EQ(ask(request, CMI_SET_CONFIG_CFM).sigNo, CMI_SET_CONFIG_CFM);
+    configureUnits();
+    // A secondary node of the site, known to the primary as FuncInst 7.
+    emi::EMI_SET_CONFIG_NODE_REQ_S node{};
+    node.numberOfHubPositions = 1;
+    std::strcpy(node.hubPositions[0], "B3");
+    ASSERT_TRUE(m_client.send(m_emi, emiSignal(node, emi::EMI_SET_CONFIG_REQ, emi::kExternalNode, 7)));
+    ASSERT_TRUE(m_client.advanceBy(100));
+    ASSERT_TRUE(nextOf(m_client, emi::EMI_SET_CONFIG_CFM));
+    ASSERT_TRUE(m_client.advanceBy(30 * 60 * 1000));
+    EXPECT_LT(scuValue("set.fanSpeed1"), 40) << "a cool morning";
+
+    const auto cfm = [this](std::int16_t demand, std::uint32_t answer) {
+        apc::APC_AIRFLOW_S request{};
+        request.sigNo = apc::APC_AIRFLOW_REQ;
+        request.serverRef = 7;
+        request.airflow = demand;
+        EXPECT_TRUE(m_client.send(m_client.hunt("ssc_climate_control_server", 0).value_or(0), bytesOf(request)));
+        EXPECT_TRUE(m_client.advanceBy(10));
+        auto event = nextOf(m_client, answer);
+        return event ? layoutOf<apc::APC_AIRFLOW_S>(event->bytes) : apc::APC_AIRFLOW_S{};
+    };
+    EXPECT_EQ(cfm(80, apc::APC_AIRFLOW_CFM).serverRef, 7u);
+    const auto refused = cfm(401, apc::APC_AIRFLOW_REJ);
+    EXPECT_EQ(refused.error, apc::kDemandOutOfRange);
+    // The secondary's 80 becomes the cabinet's air flow within minutes.
+    ASSERT_TRUE(m_client.advanceBy(10 * 60 * 1000));
+    EXPECT_GE(scuValue("set.fanSpeed1"), 75);
+
+    apc::APC_CLIMATE_SUBSCRIBE_S subscribe{};
+    subscribe.sigNo = apc::APC_CLIMATE_SUBSCRIBE_REQ;
+    subscribe.serverRef = 7;
+    ASSERT_TRUE(m_client.send(m_client.hunt("ssc_climate_control_server", 0).value_or(0), bytesOf(subscribe)));
+    ASSERT_TRUE(m_client.advanceBy(10));
+    ASSERT_TRUE(nextOf(m_client, apc::APC_CLIMATE_SUBSCRIBE_CFM));
+    auto system = nextOf(m_client, apc::APC_CLIMATE_SYSTEM_CONFIG_IND);
+    ASSERT_TRUE(system);
+    EXPECT_EQ(layoutOf<apc::APC_CLIMATE_SYSTEM_CONFIG_IND_S>(system->bytes).climateSystem, 0);
     EXPECT_EQ(m_node.stop(), 0);
 }
 
