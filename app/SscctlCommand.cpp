@@ -4,6 +4,7 @@
 #include "ose/Clock.h"
 #include "app/GatewayTransactionPort.h"
 #include "app/SscctlCci.h"
+#include "app/SscctlCmi.h"
 #include "app/SscctlEmi.h"
 #include "ose/GatewayClient.h"
 #include "platform/VantoTransactionMgmtClient.h"
@@ -41,6 +42,14 @@ const char* sscctlUsage()
            "                                     watch MS   print status and faults for MS (world time on a\n"
            "                                                virtual clock, else wall time)\n"
            "                                   TYPE: scu, sau, psu, pdu, bfu, efuse, clu. One line per answer.\n"
+           "  cmi STEP...                      talk to the cabinet management interface as the object layer\n"
+           "                                   does, the steps in order on one connection:\n"
+           "                                     primary | secondary        the node's role in the site\n"
+           "                                     cabinet ID                 an outdoor cabinet's climate\n"
+           "                                     fan-group ID NUMBER CABINET\n"
+           "                                     subscribe|status|delete cabinet|fan-group ID\n"
+           "                                     report CABINET             the climate report, once\n"
+           "                                     watch MS\n"
            "  cci STEP...                      talk to the climate control interface as software with hot\n"
            "                                   spots does, the steps in order on one connection:\n"
            "                                     connect\n"
@@ -154,6 +163,10 @@ bool parseVerbArgs(ArgReader& in, SscctlCommand& command)
         command.words.assign(in.args.begin() + static_cast<long>(in.i), in.args.end());
         in.i = in.args.size();
         return checkCciSteps(command.words, in.error);
+    case Verb::Cmi:
+        command.words.assign(in.args.begin() + static_cast<long>(in.i), in.args.end());
+        in.i = in.args.size();
+        return checkCmiSteps(command.words, in.error);
     case Verb::Sim:
         command.words.assign(in.args.begin() + static_cast<long>(in.i), in.args.end());
         in.i = in.args.size();
@@ -204,7 +217,7 @@ bool parseSscctl(const std::vector<std::string>& args, SscctlCommand& command, s
     static const std::pair<const char*, Verb> verbs[] = {{"hunt", Verb::Hunt}, {"send", Verb::Send},
                                                           {"recv", Verb::Recv}, {"time", Verb::Time},
                                                           {"advance", Verb::Advance}, {"trace", Verb::Trace}, {"transaction", Verb::Transaction},
-                                                          {"emi", Verb::Emi}, {"cci", Verb::Cci}, {"sim", Verb::Sim},
+                                                          {"emi", Verb::Emi}, {"cci", Verb::Cci}, {"cmi", Verb::Cmi}, {"sim", Verb::Sim},
                                                           {"help", Verb::Help}};
     for (auto [name, verb] : verbs)
         if (word == name) {
@@ -340,6 +353,7 @@ int runVerb(const SscctlCommand& command, ose::GatewayClient& client, std::ostre
         return runTransaction(command, client, out, err);
     case Verb::Emi: return runEmi(command.words, client, out, err);
     case Verb::Cci: return runCci(command.words, client, out, err);
+    case Verb::Cmi: return runCmi(command.words, client, out, err);
     case Verb::Sim: return runSim(command.words, client, out, err);
     case Verb::Help:
         out << sscctlUsage();

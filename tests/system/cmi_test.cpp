@@ -4,6 +4,7 @@
 // physics. Through the gateway only, on the virtual clock.
 
 #include "adapters/CmiSignals.h"
+#include "app/SscctlCommand.h"
 #include "adapters/EmiSignals.h"
 #include "climate/ApcClimateSignals.h"
 #include "ose/GatewayClient.h"
@@ -15,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <sstream>
 
 namespace systemtest {
 namespace {
@@ -242,6 +244,31 @@ TEST_F(CmiSystemTest, WrongConfigurationsAreRefusedWithTheirCodesAndShortSignals
     EXPECT_EQ(ask(cmiSignal(CMI_GET_RESOURCE_DATA_REQ, kFanGroup, 101), CMI_GET_RESOURCE_DATA_CFM).sigNo,
               CMI_GET_RESOURCE_DATA_CFM);
     EXPECT_EQ(m_node.stop(), 0);
+}
+
+TEST(CmiSscctlTest, SscctlConfiguresTheNodeTheCabinetAndItsFanGroupsInOneConversation)
+{
+    NodeProcess node({"--clock", "virtual", "--site", SSC_SOURCE_DIR "/sim/sites/default.xml"});
+    app::SscctlCommand command;
+    std::string error;
+    // A secondary node: as a primary it would start the bus monitor on the
+    // site's units that nobody configured here.
+    ASSERT_TRUE(app::parseSscctl({"--socket", node.socketPath(), "cmi", "secondary", "cabinet", "0", "fan-group", "101", "1",
+                                  "0", "fan-group", "105", "5", "0", "subscribe", "cabinet", "0", "status", "fan-group",
+                                  "101", "report", "0"},
+                                 command, error))
+        << error;
+    std::ostringstream out;
+    std::ostringstream err;
+    EXPECT_EQ(app::runSscctl(command, out, err), app::kDone) << err.str();
+    const std::string text = out.str();
+    for (const char* line : {"node: configured\n", "cabinet 0: configured\n", "fan group 101: configured\n",
+                             "fan group 105: refused, error 1\n", "cabinet 0: subscribed\n",
+                             "cabinet 0: climate system 0, identifier \"\", serial \"\", smoke detector 0\n",
+                             "fan group 101: LED NotAvailable\n"})
+        EXPECT_NE(text.find(line), std::string::npos) << line << "in\n" << text;
+    EXPECT_NE(text.find("climate report: internal fans "), std::string::npos) << text;
+    EXPECT_EQ(node.stop(), 0);
 }
 
 } // namespace
