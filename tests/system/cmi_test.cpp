@@ -7,6 +7,7 @@
 #include "app/SscctlCommand.h"
 #include "adapters/EmiSignals.h"
 #include "climate/ApcClimateSignals.h"
+#include "climate/CciSignals.h"
 #include "ose/GatewayClient.h"
 #include "sim/SimControlSignals.h"
 #include "tests/system/EmiRequest.h"
@@ -17,6 +18,7 @@
 
 #include <cstring>
 #include <sstream>
+#include <vector>
 
 namespace systemtest {
 namespace {
@@ -223,6 +225,40 @@ TEST_F(CmiSystemTest, ASecondaryNodesDemandReachesThePrimarysRegulator)
     auto system = nextOf(m_client, apc::APC_CLIMATE_SYSTEM_CONFIG_IND);
     ASSERT_TRUE(system);
     EXPECT_EQ(layoutOf<apc::APC_CLIMATE_SYSTEM_CONFIG_IND_S>(system->bytes).climateSystem, 0);
+    EXPECT_EQ(m_node.stop(), 0);
+}
+
+TEST_F(CmiSystemTest, ASensorRegisteredOverCciAndFedHotRaisesTheFans)
+{
+    for (const std::string& request : {primaryNode(), cabinet(), fanGroup(101, 1), fanGroup(102, 2)})
+        ASSERT_EQ(ask(request, CMI_SET_CONFIG_CFM).sigNo, CMI_SET_CONFIG_CFM);
+    configureUnits();
+    ASSERT_TRUE(m_client.advanceBy(10 * 60 * 1000));
+    const std::int32_t before = scuValue("set.fanSpeed1");
+    // A DU with one hot spot that should stay under 40 degrees, at 60.
+    const auto cci = [](ose::SIGSELECT sigNo, std::vector<std::int16_t> words) {
+        std::string bytes;
+        for (const std::uint32_t word : {static_cast<std::uint32_t>(sigNo), 9U})
+            for (int shift = 24; shift >= 0; shift -= 8) bytes.push_back(static_cast<char>(word >> shift));
+        for (const std::int16_t word : words) {
+            bytes.push_back(static_cast<char>(static_cast<std::uint16_t>(word) >> 8));
+            bytes.push_back(static_cast<char>(word));
+        }
+        return bytes;
+    };
+    const auto server = m_client.hunt(cci::kServerName, 0);
+    ASSERT_TRUE(server && *server != 0);
+    ASSERT_TRUE(m_client.send(*server, cci(cci::CCI_REGISTER_TEMP_MEAS_REQ, {4, 1, 4000, -50, 600})));
+    ASSERT_TRUE(m_client.advanceBy(10));
+    auto registered = nextOf(m_client, cci::CCI_REGISTER_TEMP_MEAS_CFM);
+    ASSERT_TRUE(registered);
+    const auto group = static_cast<std::int16_t>(layoutOf<cci::CCI_REGISTER_TEMP_MEAS_CFM_S>(registered->bytes).groupId);
+    for (int pass = 0; pass < 60; ++pass) {
+        ASSERT_TRUE(m_client.send(*server, cci(cci::CCI_TEMP_MEAS_FWD, {group, 1, 6000})));
+        ASSERT_TRUE(m_client.advanceBy(5000));
+    }
+    EXPECT_LT(before, 50);
+    EXPECT_EQ(scuValue("set.fanSpeed1"), 100) << "20 degrees too warm: full air flow";
     EXPECT_EQ(m_node.stop(), 0);
 }
 
