@@ -15,6 +15,7 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <unistd.h>
 
 namespace systemtest {
 
@@ -42,9 +43,11 @@ inline std::string readFile(const std::string& path)
 }
 
 // A path in the test's temporary folder, with nothing there yet.
+// Tests of one fixture run side by side in their own processes; the process
+// number keeps one test from truncating another's file.
 inline std::string traceFile(const char* name)
 {
-    std::string path = ::testing::TempDir() + name;
+    std::string path = ::testing::TempDir() + std::to_string(::getpid()) + "_" + name;
     std::remove(path.c_str());
     return path;
 }

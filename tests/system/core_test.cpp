@@ -10,6 +10,8 @@
 #include <set>
 #include <sstream>
 
+#include <unistd.h>
+
 namespace systemtest {
 namespace {
 
@@ -36,8 +38,7 @@ std::string readFile(const std::string& path)
 
 TEST(CoreSystemTest, TestTriggerIsRejectedWithoutTimerAndUnknownSignalsAreTracedAndDropped)
 {
-    std::string traceFile = ::testing::TempDir() + "core_system_trace.txt";
-    std::remove(traceFile.c_str());
+    const std::string traceFile = ::testing::TempDir() + std::to_string(::getpid()) + "_core_system_trace.txt";
     NodeProcess node({"--clock", "virtual", "--trace", "supSysCtrlSWU:7", "--trace-file", traceFile});
     ose::GatewayClient client;
     ASSERT_TRUE(client.connect(node.socketPath(), "tester", true)) << client.lastError();
