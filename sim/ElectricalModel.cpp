@@ -22,12 +22,18 @@ std::size_t ElectricalModel::addPsu(const PsuParameters& psu)
 {
     m_psus.push_back(psu);
     m_psuCurrentA.push_back(0.0);
+    m_psuEnabled.push_back(true);
     return m_psus.size() - 1;
 }
 
 void ElectricalModel::setPsuSetPoint(std::size_t psu, double volts)
 {
     if (psu < m_psus.size()) m_psus[psu].setPointV = std::max(volts, 0.0);
+}
+
+void ElectricalModel::setPsuEnabled(std::size_t psu, bool enabled)
+{
+    if (psu < m_psuEnabled.size()) m_psuEnabled[psu] = enabled;
 }
 
 double ElectricalModel::openCircuitV() const
@@ -77,7 +83,8 @@ double ElectricalModel::psuCurrent(const PsuParameters& psu, double volts) const
 double ElectricalModel::surplusA(double volts) const
 {
     double sources = 0.0;
-    for (const PsuParameters& psu : m_psus) sources += psuCurrent(psu, volts);
+    for (std::size_t index = 0; index < m_psus.size(); ++index)
+        if (m_psuEnabled[index]) sources += psuCurrent(m_psus[index], volts);
     return sources + batteryOutA(volts) - loadNowW() / volts;
 }
 
@@ -103,7 +110,7 @@ void ElectricalModel::step(double seconds)
 {
     m_busV = solveBusV();
     for (std::size_t index = 0; index < m_psus.size(); ++index)
-        m_psuCurrentA[index] = m_busV > 0 ? psuCurrent(m_psus[index], m_busV) : 0.0;
+        m_psuCurrentA[index] = m_busV > 0 && m_psuEnabled[index] ? psuCurrent(m_psus[index], m_busV) : 0.0;
     const double dischargeA = m_busV > 0 ? batteryOutA(m_busV) : 0.0;
     m_batteryChargeA = -dischargeA;
     const double hours = seconds / 3600.0;

@@ -48,6 +48,8 @@ public:
 
     std::size_t addPsu(const PsuParameters& psu);
     void setPsuSetPoint(std::size_t psu, double volts);
+    // A PSU that failed, or was taken out, gives nothing.
+    void setPsuEnabled(std::size_t psu, bool enabled);
     void setMains(bool present) { m_mains = present; }
     void setLoadW(double watts) { m_parameters.loadW = watts < 0 ? 0 : watts; }
     // A failed cell: the string loses a cell's voltage and its resistance
@@ -93,6 +95,7 @@ private:
     BatteryParameters m_battery;
     std::vector<PsuParameters> m_psus;
     std::vector<double> m_psuCurrentA;
+    std::vector<bool> m_psuEnabled;
     bool m_mains = true;
     bool m_contactorClosed = true;
     bool m_loadDisconnected = false;

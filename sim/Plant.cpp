@@ -2,6 +2,7 @@
 
 #include "sim/SimCabinet.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdlib>
 #include <cmath>
@@ -41,17 +42,27 @@ void Plant::bind(SimCabinet& cabinet)
     m_bound = true;
 }
 
+void Plant::takePsuCommands(const SimCabinet& cabinet)
+{
+    const std::vector<SimUnit*> units = cabinet.units();
+    for (const auto& [unit, psu] : m_psuIndex) {
+        // A PSU taken out of the cabinet, or one with its fault flag set,
+        // gives nothing; the pointer of one taken out is only compared.
+        const bool present = std::find(units.begin(), units.end(), unit) != units.end();
+        m_electrical.setPsuEnabled(psu, present && valueOf(*unit, "fault") == 0);
+        if (!present) continue;
+        // Hundredths of a volt of the -48 V system; 0 until the node sets one.
+        const std::int32_t setPoint = valueOf(*unit, "set.outputVoltage");
+        const double volts = setPoint != 0 ? std::fabs(setPoint / 100.0) : m_parameters.psu.setPointV;
+        m_electrical.setPsuSetPoint(psu, volts + valueOf(*unit, "setPointError") / 100.0);
+    }
+}
+
 void Plant::takeCommands(SimCabinet& cabinet)
 {
+    takePsuCommands(cabinet);
     for (SimUnit* unit : cabinet.units()) {
         switch (unit->type()) {
-        case UnitType::PSU: {
-            // Hundredths of a volt of the -48 V system; 0 until the node sets one.
-            const std::int32_t setPoint = valueOf(*unit, "set.outputVoltage");
-            if (setPoint != 0 && m_psuIndex.count(unit) != 0)
-                m_electrical.setPsuSetPoint(m_psuIndex[unit], std::fabs(setPoint / 100.0));
-            break;
-        }
         case UnitType::SCU: {
             for (std::uint32_t group = 0; group < ThermalModel::kFanGroups; ++group)
                 m_thermal.setFanSpeed(group, valueOf(*unit, ("set.fanSpeed" + std::to_string(group + 1)).c_str()));

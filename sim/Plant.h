@@ -74,6 +74,7 @@ public:
 private:
     void bind(SimCabinet& cabinet);
     void takeCommands(SimCabinet& cabinet);
+    void takePsuCommands(const SimCabinet& cabinet);
     void giveMeasurements(SimCabinet& cabinet);
     void giveFanMeasurements(SimUnit& scu);
     void warmPsuSensors();

@@ -13,7 +13,7 @@ enum Value : std::size_t {
     OutputVoltage, OutputCurrent, Load, Temperature,
     Fault, InputVoltageLow, TempSensorFault, HighTempClass2, LowTempClass2, HighTempClass1, LowTempClass1,
     InputVoltageHigh,
-    SetOutputVoltage,
+    SetOutputVoltage, SetPointError,
 };
 
 // Hundredths of a volt, tenths of an ampere, degrees.
@@ -27,8 +27,11 @@ constexpr ValueDefinition kValues[] = {
     {"fault", 0}, {"inputVoltageLow", 0}, {"tempSensorFault", 0}, {"highTempClass2", 0}, {"lowTempClass2", 0},
     {"highTempClass1", 0}, {"lowTempClass1", 0}, {"inputVoltageHigh", 0},
     {"set.outputVoltage", 0},
+    // The plant's: this unit's output sits this much above its command, as
+    // a real one's calibration leaves it, so that PSUs share unevenly.
+    {"setPointError", 0},
 };
-static_assert(std::size(kValues) == SetOutputVoltage + 1);
+static_assert(std::size(kValues) == SetPointError + 1);
 
 } // namespace
 
