@@ -1,6 +1,7 @@
 #include "cabinet/NodeFacade.h"
 
 #include "climate/ClimateCtrlManager.h"
+#include "power/PowerCtrlManager.h"
 #include "frame/FaultIds.h"
 #include "frame/FuncType.h"
 #include "frame/SscTrace.h"
@@ -26,6 +27,7 @@ void NodeFacade::setNodeRecord(const NodeRecord& record)
         // Losing the role ends every unit and the bus monitor; taking it
         // lets the next cabinet event start them.
         if (HWU_Broker* broker = m_pSsc->getHwuBroker()) broker->setConfigured(record.supportSystemControl != 0);
+        if (PowerCtrlManager* power = m_pSsc->getPowerCtrlManager()) power->setEnabled(record.supportSystemControl != 0);
         if (ClimateCtrlManager* climate = ClimateCtrlManager::getInstance())
             climate->setSupportSystemControl(record.supportSystemControl != 0);
     }

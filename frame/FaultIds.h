@@ -7,10 +7,25 @@
 namespace fault_id {
 
 // Battery backup.
+inline constexpr std::int32_t kIntermittentConnectedTooOften = 6000;
+inline constexpr std::int32_t kLowBatteryCapacityBatteryTest = 6001;
+inline constexpr std::int32_t kConsumedCapacityNotCovered = 6002;
 inline constexpr std::int32_t kNoBatteryPresent = 6003;        // raised and ceased after 3000 ms
+inline constexpr std::int32_t kRunningOnBatteries = 6004;      // raised and ceased after 3000 ms
 inline constexpr std::int32_t kBatteryOverTemperature = 6005;
+inline constexpr std::int32_t kBatteryBackupTimeTooShort = 6006;
 inline constexpr std::int32_t kMultiplePowerSubracks = 6007;
 inline constexpr std::int32_t kBatteryTempSensorFaulty = 7000;
+inline constexpr std::int32_t kRechargeTooLong = 20005;
+
+// Power distribution.
+inline constexpr std::int32_t kMainLoadDisconnected = 7003;
+inline constexpr std::int32_t kPriorityLoadDisconnected = 7004;
+
+// Power supply.
+inline constexpr std::int32_t kSystemOvervoltage = 14007;
+inline constexpr std::int32_t kSystemUndervoltage = 14008;
+inline constexpr std::int32_t kNoPsuUsable = 20004;
 
 // BFU.
 inline constexpr std::int32_t kBfuCircuitBreaker = 7001;
@@ -21,6 +36,9 @@ inline constexpr std::int32_t kDoorAlarm = 14002;
 inline constexpr std::int32_t kSmokeDetectorDisconnected = 14003;
 inline constexpr std::int32_t kSmokeDetectorAlarm = 14004;
 inline constexpr std::int32_t kSmokeDetectorHwFailure = 14005;
+// A configured limit the PDU or BFU cannot take, or an unusable nominal
+// voltage.
+inline constexpr std::int32_t kPowerLimitsOutsideCapabilities = 14009;
 // Hardware answers on the bus that nothing configured (raised after 2000 ms);
 // it belongs to the bus scan, not to the unit on that function.
 inline constexpr std::int32_t kHwEntitiesMismatch = 14006;

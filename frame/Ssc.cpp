@@ -28,6 +28,10 @@
 #include "hwu/PsuFacade.h"
 #include "hwu/SauFacade.h"
 #include "hwu/ScuFacade.h"
+#include "power/BatteryBackupFacade.h"
+#include "power/PowerCtrlManager.h"
+#include "power/PowerDistributionFacade.h"
+#include "power/PowerSupplyFacade.h"
 
 using namespace ssc_trace;
 
@@ -39,6 +43,8 @@ Ssc::~Ssc()
     // and the broker watch each other.
     m_pClimateFacade.reset();
     ClimateCtrlManager::destroy();
+    // The power manager watches the broker, its units and the cabinet.
+    PowerCtrlManager::destroy();
     if (m_pBroker != nullptr) m_pBroker->detachCabinet();
     m_pCabinetFacade.reset();
 }
@@ -101,7 +107,11 @@ void Ssc::initialize()
     m_pNodeFacade->setEventHandler(m_pCmiAdapter.get());
     m_pClimateCtrlServer = std::make_unique<ClimateCtrlServer>(dispatcher);
     m_servers[2].pServer = m_pClimateCtrlServer.get();
-    // The battery backup, power supply and power distribution facades.
+    // The battery backup, power supply and power distribution facades; they
+    // reach the power manager once it is made.
+    m_pBatteryBackupFacade = std::make_unique<BatteryBackupFacade>(faults, nullptr);
+    m_pPowerSupplyFacade = std::make_unique<PowerSupplyFacade>(faults, nullptr);
+    m_pPowerDistributionFacade = std::make_unique<PowerDistributionFacade>(faults, nullptr);
     m_pPmiAdapter = std::make_unique<PmiAdapter>(dispatcher);
     m_pPciAdapter = std::make_unique<PciAdapter>(dispatcher);
     m_pApcInciAdapter = std::make_unique<ApcInciAdapter>(dispatcher);
@@ -162,9 +172,18 @@ void Ssc::bringUpServers()
 
 void Ssc::createManagers()
 {
-    // The alarm control server subscribes to the unit broker, then the power
-    // manager is made (it comes with its subsystem), then the climate
-    // manager. Last, the broker starts and watches for the cabinet.
+    // The alarm control server subscribes to the unit broker (when it is
+    // built), then the power manager is made, then the climate manager.
+    // Last, the broker starts and watches for the cabinet. The power
+    // interface's event handlers join when it is built.
+    PowerCtrlManager* power = PowerCtrlManager::create(*m_pBroker, ActiveFaultsRegister::instance(),
+                                                       {nullptr, nullptr, m_pCabinetObserver});
+    m_pPowerCtrlManager = power;
+    m_pBatteryBackupFacade->setManager(power);
+    m_pPowerSupplyFacade->setManager(power);
+    m_pPowerDistributionFacade->setManager(power);
+    m_pUnitFactory->setSides(
+        HwuUnitFactory::Sides{m_pClimateCtrlServer.get(), nullptr, m_pEFuseCtrl, power, m_pCabinetCtrl});
     ClimateCtrlManager* climate = ClimateCtrlManager::create(*this, *m_pBroker, ActiveFaultsRegister::instance());
     CabinetFacade* cabinet = m_pCabinetFacade.get();
     climate->setDoorSwitchOf([cabinet](std::uint32_t cabinetFuncInst) { return cabinet->getDoorSwitch(cabinetFuncInst) != 0; });

@@ -37,6 +37,9 @@ class SauFacade;
 class ScuFacade;
 class PciAdapter;
 class PmiAdapter;
+class BatteryBackupFacade;
+class PowerDistributionFacade;
+class PowerSupplyFacade;
 
 class Ssc : public SscHandleIf {
 public:
@@ -68,6 +71,9 @@ public:
     PduFacade* getPduFacade() { return m_pPduFacade.get(); }
     PsuFacade* getPsuFacade() { return m_pPsuFacade.get(); }
     CluFacade* getCluFacade() { return m_pCluFacade.get(); }
+    BatteryBackupFacade* getBatteryBackupFacade() { return m_pBatteryBackupFacade.get(); }
+    PowerSupplyFacade* getPowerSupplyFacade() { return m_pPowerSupplyFacade.get(); }
+    PowerDistributionFacade* getPowerDistributionFacade() { return m_pPowerDistributionFacade.get(); }
 
     // The server of that type; NIL (and a trace) for a type that does not exist.
     SSC_Server* getServer(ServerType type);
@@ -109,8 +115,11 @@ private:
     std::unique_ptr<AlarmCtrlServer> m_pAlarmCtrlServer;
     std::unique_ptr<ApcInciClient> m_pApcInciClient;
     std::unique_ptr<ApcInciServer> m_pApcInciServer;
-    // The battery backup event handler and the facades stand here, in the
-    // order in which they are made.
+    // The battery backup event handler stands here when it is built; the
+    // facades follow in the order in which they are made.
+    std::unique_ptr<BatteryBackupFacade> m_pBatteryBackupFacade;
+    std::unique_ptr<PowerSupplyFacade> m_pPowerSupplyFacade;
+    std::unique_ptr<PowerDistributionFacade> m_pPowerDistributionFacade;
     std::unique_ptr<ScuFacade> m_pScuFacade;
     std::unique_ptr<SauFacade> m_pSauFacade;
     std::unique_ptr<BfuFacade> m_pBfuFacade;

@@ -29,6 +29,21 @@ public:
     std::array<bool, 5> m_fanGroupConfigured{false, true, true, true, true};
     void statusChanged() override { ++m_powerNews; }
     std::uint32_t m_powerNews = 0;
+    // The units only ever say that their figures changed.
+    void updateBatteryParameters(const BatteryBackupCfg&) override {}
+    void updatePowerDistribution(const PowerDistributionCfg&) override {}
+    void updatePowerSupply(const std::int16_t[kPowerSupplyValues]) override {}
+    void clearBatteryBackupConfigured() override {}
+    void getBatteryBackupStatus(BatteryBackupStatus*) override {}
+    void startEqualizeCharging() override {}
+    void stopEqualizeCharging() override {}
+    bool startBatteryTest(std::uint32_t, std::uint32_t*) override { return false; }
+    bool stopBatteryTest(std::uint32_t, std::uint32_t*) override { return false; }
+    bool getBatteryTestProgress(std::int32_t[4]) override { return false; }
+    std::uint32_t getBatteryTestInitiation() override { return 0; }
+    bool isRunningOnBatteries() const override { return false; }
+    float getSystemVoltage() const override { return 999.0F; }
+    bool isSystemVoltageValid() const override { return false; }
     void efuseStatusChanged(const FuncId_t& pduId, std::uint32_t number, std::uint32_t state) override
     {
         log("efuse " + nameOf(pduId) + " " + std::to_string(number) + " " + std::to_string(state));
