@@ -65,8 +65,14 @@ std::int32_t nearestBound(std::int32_t value, std::int32_t boundA, std::int32_t 
 }
 
 // Hundredths of a volt of the -48 V system: a limit configured without its
-// sign still reaches the unit as the negative voltage it means.
-std::int16_t hundredths(float volts) { return static_cast<std::int16_t>(-std::lround(std::fabs(volts) * 100.0F)); }
+// sign still reaches the unit as the negative voltage it means; one beyond
+// the 16 bits of the message is none at all.
+std::optional<std::int16_t> hundredths(float volts)
+{
+    const long centivolts = std::lround(std::fabs(volts) * 100.0F);
+    if (centivolts > 32767) return std::nullopt;
+    return static_cast<std::int16_t>(-centivolts);
+}
 
 std::int32_t negative(std::int32_t value) { return -std::abs(value); }
 
@@ -115,8 +121,6 @@ void PowerCtrlManager::setEnabled(bool enabled)
     m_enabled = enabled;
     if (enabled) return;
     TimerService::stopAllTimers(this);
-    m_batteryModeTimerSet = false;
-    m_ceaseBatteryModeTimerSet = false;
     m_batteryBackupConfigured = false;
 }
 
@@ -146,7 +150,7 @@ void PowerCtrlManager::timeout(TimerId timerId)
         break;
     case kBatteryLogStartTimer: startBatteryLog(false); break;
     case kReconnectEfuseTimer:
-        if (batteryCurrent() > kReconnectCurrent) closeAllFuses();
+        if (batteryCharging()) closeAllFuses();
         break;
     case kBfuLoadTimer: checkBfuLoad(); break;
     default: SSC_TRACE(powerGroup(), kError, "subscriptionId %d not valid", static_cast<int>(timerId.timerType)); break;
@@ -164,7 +168,7 @@ void PowerCtrlManager::update(std::uint32_t event)
         if (m_pCharger) m_pCharger->handleBfuStatus();
         if (m_pBatteryLog) {
             BfuStatusIf& bfus = m_pBroker->getBfuStatus();
-            m_pBatteryLog->update(bfus.anyHwFault(), bfus.anyMainLoadDisconnected(), bfus.anyBfuConnected(),
+            m_pBatteryLog->update(bfus.anyHwFault(), bfus.anyMainLoadDisconnected(), bfus.allBfusConnected(),
                                   !bfus.allTempSensorsOk(), bfus.anyBatteryOverTemperature());
         }
         if (m_pBatteryTest) m_pBatteryTest->evaluate();
@@ -180,7 +184,7 @@ void PowerCtrlManager::update(std::uint32_t event)
 
 void PowerCtrlManager::cabinetConfigured()
 {
-    if (!isTimerRunning(kRegulationTimer)) startTimer(kRegulationPeriodMs, kRegulationTimer);
+    startTimer(kRegulationPeriodMs, kRegulationTimer);
     if (m_batteryBackupConfigured) return;
     m_cabinetNo = 0;
     SSC_TRACE(powerGroup(), kFlow, "cabinetNo is set to 0 by default.");
@@ -235,7 +239,7 @@ void PowerCtrlManager::unitRemoved(const FuncId_t& funcId)
 {
     if (funcId.FuncType == func_type::kBfu) {
         SSC_TRACE(powerGroup(), kFlow, "BFU removed");
-        if (!m_pBroker->getBfuStatus().anyBfuOperational()) {
+        if (!anyOtherBfuAvailable(funcId)) {
             SSC_TRACE(powerGroup(), kFlow, "Stopping recurring timer to check BFU power load");
             stopTimer(kBfuLoadTimer);
             if (m_pCharger) m_pCharger->handleEvent(BatteryChargerIf::kNoBfuOperational);
@@ -246,6 +250,14 @@ void PowerCtrlManager::unitRemoved(const FuncId_t& funcId)
     } else if (funcId.FuncType == func_type::kPdu) {
         evaluatePduFaults(&funcId);
     }
+}
+
+// The broker tells of a removal while the unit is still in its list.
+bool PowerCtrlManager::anyOtherBfuAvailable(const FuncId_t& removed)
+{
+    for (HwuStatusIf* unit : m_pBroker->getUnits(func_type::kBfu))
+        if (!unit->isSameFuncId(removed) && unit->isAvailable()) return true;
+    return false;
 }
 
 void PowerCtrlManager::unitRestarted(const FuncId_t& funcId)
@@ -614,6 +626,13 @@ float PowerCtrlManager::batteryVoltage() const { return m_pBroker->getBfuStatus(
 
 float PowerCtrlManager::batteryCurrent() const { return m_pBroker->getBfuStatus().getBatteryCurrent(); }
 
+// A current that was not measured (999) is no sign of charging.
+bool PowerCtrlManager::batteryCharging() const
+{
+    const float current = batteryCurrent();
+    return current != kNoValue && current > kReconnectCurrent;
+}
+
 bool PowerCtrlManager::batteryModeCondition() const
 {
     return std::fabs(m_systemVoltage) < batteryModeThreshold() && batteryCurrent() < kBatteryModeCurrent;
@@ -759,10 +778,16 @@ void PowerCtrlManager::initiateBatteryTest(bool force)
 
 bool PowerCtrlManager::configurePdu(PduIf& pdu)
 {
-    std::array<std::int16_t, 4> limits{hundredths(m_overvoltageRaise), hundredths(m_overvoltageCease),
-                                       hundredths(m_undervoltageRaise), hundredths(m_undervoltageCease)};
+    const std::array<std::optional<std::int16_t>, 4> wanted{hundredths(m_overvoltageRaise), hundredths(m_overvoltageCease),
+                                                           hundredths(m_undervoltageRaise), hundredths(m_undervoltageCease)};
+    std::array<std::int16_t, 4> limits{};
     bool failed = false;
-    if (pdu.hasCapabilities()) {
+    for (std::size_t index = 0; index < limits.size(); ++index) {
+        if (!wanted[index]) SSC_TRACE(powerGroup(), kError, "A voltage limit beyond 327.67 V cannot go to a PDU");
+        failed = failed || !wanted[index];
+        limits[index] = wanted[index].value_or(0);
+    }
+    if (pdu.hasCapabilities() && !failed) {
         struct Check {
             std::int16_t min;
             std::int16_t max;
@@ -898,14 +923,14 @@ void PowerCtrlManager::checkBfuLoad()
 {
     BfuStatusIf& bfus = m_pBroker->getBfuStatus();
     if (!bfus.isDischargeOverload()) {
-        if (m_fusesOpened > 0 && batteryCurrent() > kReconnectCurrent && !isTimerRunning(kReconnectEfuseTimer)) {
+        if (m_fusesOpened > 0 && batteryCharging() && !isTimerRunning(kReconnectEfuseTimer)) {
             SSC_TRACE(powerGroup(), kFlow, "Battery current above +2A, start RECONNECT_EFUSE timer");
             startTimer(kReconnectEfuseMs, kReconnectEfuseTimer);
         }
         return;
     }
     bool opened = m_fusesOpened <= kMostFusesOpened && openFuse(false);
-    if (m_pBroker->getBfuCount() > 1 && m_fusesOpened <= kMostFusesOpened) opened = openFuse(true) || opened;
+    if (m_pBroker->getBfuCount() > 1) opened = openFuse(true) || opened;
     if (opened || m_overloadHandled) return;
     connectBattery(true, false);
     bool disconnected = false;

@@ -150,6 +150,8 @@ private:
     // Battery mode.
     float batteryModeThreshold() const;
     bool batteryModeCondition() const;
+    bool batteryCharging() const;
+    bool anyOtherBfuAvailable(const FuncId_t& removed);
     void testBatteryMode();
     void confirmBatteryMode();
     void setBatteryMode(bool on);

@@ -258,17 +258,22 @@ TEST_F(PowerCtrlManagerTest, AnOverloadOpensAFuseASecondUpToThreeAndTheChargingB
     // 25 A out of the battery is more than 0.96 of its 20 A.
     setAt(20'000, 64, "batteryCurrent", -250);
     setAt(30'000, 64, "batteryCurrent", 30);
+    // The last BFU going ends the load check, though the broker still lists
+    // it while it tells.
+    step(100'000, [](HWU_Broker& broker) { broker.deleteHwu(kBfu1); });
     startPower({{kBfu1, "A1"}, {kPdu1, "A1"}});
-    runNode(100'000);
+    runNode(101'000);
     EXPECT_TRUE(trace.contains("BFU overloaded power system: fuse number 1 opened"));
     EXPECT_TRUE(trace.contains("BFU overloaded power system: fuse number 3 opened"));
     EXPECT_FALSE(trace.contains("fuse number 4 opened"));
     EXPECT_EQ(trace.count("supSysCtrlPower", 4, "BFU overloaded power system"), 1u) << "once, with its three fuses open";
     EXPECT_EQ(trace.count("Battery current above +2A, start RECONNECT_EFUSE timer"), 1u);
-    EXPECT_EQ(trace.count("BFU overloaded power system, all fuses have been closed"), 1u);
+    // Closed once by the charging battery, once more when no BFU is left.
+    EXPECT_EQ(trace.count("BFU overloaded power system, all fuses have been closed"), 2u);
     // The PDU's last three e-fuses went and came back.
     EXPECT_EQ(sim(80).get("efuseOn"), 0x00FF);
     EXPECT_EQ(power().getFusesOpened(), 0u);
+    EXPECT_EQ(trace.count("supSysCtrlPower", 7, "Stopping recurring timer to check BFU power load"), 1u);
 }
 
 } // namespace
