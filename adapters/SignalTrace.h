@@ -15,4 +15,11 @@ const char* emiObjectTypeName(std::uint16_t objectType);
 void emi(const char* headline, ose::PROCESS pid, std::uint32_t clientRef, std::uint16_t objectType,
          std::uint32_t objectId);
 
+// The name of a PMI objectType: the three power objects, then two names
+// that the trace table keeps beside them; "Unknown" beyond.
+const char* pmiObjectTypeName(std::uint16_t objectType);
+
+void pmi(const char* headline, ose::PROCESS pid, std::uint32_t clientRef, std::uint16_t objectType,
+         std::uint32_t objectId);
+
 } // namespace signal_trace

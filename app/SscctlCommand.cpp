@@ -5,6 +5,7 @@
 #include "app/GatewayTransactionPort.h"
 #include "app/SscctlCci.h"
 #include "app/SscctlCmi.h"
+#include "app/SscctlPmi.h"
 #include "app/SscctlEmi.h"
 #include "ose/GatewayClient.h"
 #include "platform/VantoTransactionMgmtClient.h"
@@ -49,6 +50,21 @@ const char* sscctlUsage()
            "                                     fan-group ID NUMBER CABINET\n"
            "                                     subscribe|status|delete cabinet|fan-group ID\n"
            "                                     report CABINET             the climate report, once\n"
+           "                                     watch MS\n"
+           "  pmi STEP...                      talk to the power management interface as the object layer\n"
+           "                                   does, the steps in order on one connection:\n"
+           "                                     supply [NAME=VALUE...]     the power supply's limits, volts:\n"
+           "                                                nominal, over, over-cease, under, under-cease\n"
+           "                                     distribution [NAME=VALUE...]   load disconnect, volts:\n"
+           "                                                main, priority, cease\n"
+           "                                     battery [NAME=VALUE...]    the battery backup: charging,\n"
+           "                                                max-current, disconnect-temp, disconnect-cease,\n"
+           "                                                nominal-temp, comp-slope, comp-min, comp-max,\n"
+           "                                                increased, test-mode, charging-mode,\n"
+           "                                                reference-capacity (unnamed ones: defaults)\n"
+           "                                     subscribe|unsubscribe|status|delete battery|distribution|supply\n"
+           "                                     start-equalize | stop-equalize | start-test |\n"
+           "                                     start-test-forced | stop-test | test-status\n"
            "                                     watch MS\n"
            "  cci STEP...                      talk to the climate control interface as software with hot\n"
            "                                   spots does, the steps in order on one connection:\n"
@@ -167,6 +183,10 @@ bool parseVerbArgs(ArgReader& in, SscctlCommand& command)
         command.words.assign(in.args.begin() + static_cast<long>(in.i), in.args.end());
         in.i = in.args.size();
         return checkCmiSteps(command.words, in.error);
+    case Verb::Pmi:
+        command.words.assign(in.args.begin() + static_cast<long>(in.i), in.args.end());
+        in.i = in.args.size();
+        return checkPmiSteps(command.words, in.error);
     case Verb::Sim:
         command.words.assign(in.args.begin() + static_cast<long>(in.i), in.args.end());
         in.i = in.args.size();
@@ -217,7 +237,7 @@ bool parseSscctl(const std::vector<std::string>& args, SscctlCommand& command, s
     static const std::pair<const char*, Verb> verbs[] = {{"hunt", Verb::Hunt}, {"send", Verb::Send},
                                                           {"recv", Verb::Recv}, {"time", Verb::Time},
                                                           {"advance", Verb::Advance}, {"trace", Verb::Trace}, {"transaction", Verb::Transaction},
-                                                          {"emi", Verb::Emi}, {"cci", Verb::Cci}, {"cmi", Verb::Cmi}, {"sim", Verb::Sim},
+                                                          {"emi", Verb::Emi}, {"cci", Verb::Cci}, {"cmi", Verb::Cmi}, {"pmi", Verb::Pmi}, {"sim", Verb::Sim},
                                                           {"help", Verb::Help}};
     for (auto [name, verb] : verbs)
         if (word == name) {
@@ -354,6 +374,7 @@ int runVerb(const SscctlCommand& command, ose::GatewayClient& client, std::ostre
     case Verb::Emi: return runEmi(command.words, client, out, err);
     case Verb::Cci: return runCci(command.words, client, out, err);
     case Verb::Cmi: return runCmi(command.words, client, out, err);
+    case Verb::Pmi: return runPmi(command.words, client, out, err);
     case Verb::Sim: return runSim(command.words, client, out, err);
     case Verb::Help:
         out << sscctlUsage();

@@ -5,6 +5,7 @@
 #include "adapters/ApcInciAdapter.h"
 #include "adapters/ApcInciClient.h"
 #include "adapters/ApcInciServer.h"
+#include "adapters/BatteryBackupEventHandler.h"
 #include "adapters/CmiAdapter.h"
 #include "adapters/EmiAdapter.h"
 #include "adapters/PciAdapter.h"
@@ -112,10 +113,17 @@ void Ssc::initialize()
     m_pBatteryBackupFacade = std::make_unique<BatteryBackupFacade>(faults, nullptr);
     m_pPowerSupplyFacade = std::make_unique<PowerSupplyFacade>(faults, nullptr);
     m_pPowerDistributionFacade = std::make_unique<PowerDistributionFacade>(faults, nullptr);
-    m_pPmiAdapter = std::make_unique<PmiAdapter>(dispatcher);
+    m_pPmiAdapter = std::make_unique<PmiAdapter>(
+        dispatcher, PmiAdapter::Facades{m_pBatteryBackupFacade.get(), m_pPowerSupplyFacade.get(),
+                                        m_pPowerDistributionFacade.get()});
     m_pPciAdapter = std::make_unique<PciAdapter>(dispatcher);
     m_pApcInciAdapter = std::make_unique<ApcInciAdapter>(dispatcher);
-    // The battery backup event handler.
+    // The battery backup's events reach the power interface through their
+    // handler; the power supply's and distribution's reach it directly.
+    m_pBatteryBackupEventHandler = std::make_unique<BatteryBackupEventHandler>(m_pPmiAdapter.get());
+    m_pBatteryBackupFacade->setEventHandler(m_pBatteryBackupEventHandler.get());
+    m_pPowerSupplyFacade->setEventHandler(m_pPmiAdapter.get());
+    m_pPowerDistributionFacade->setEventHandler(m_pPmiAdapter.get());
     m_pScuFacade = std::make_unique<ScuFacade>(*this, faults);
     m_pSauFacade = std::make_unique<SauFacade>(*this, faults);
     m_pBfuFacade = std::make_unique<BfuFacade>(*this, faults);
@@ -175,9 +183,10 @@ void Ssc::createManagers()
     // The alarm control server subscribes to the unit broker (when it is
     // built), then the power manager is made, then the climate manager.
     // Last, the broker starts and watches for the cabinet. The power
-    // interface's event handlers join when it is built.
-    PowerCtrlManager* power = PowerCtrlManager::create(*m_pBroker, ActiveFaultsRegister::instance(),
-                                                       {nullptr, nullptr, m_pCabinetObserver});
+    // interface hears the battery backup and the power supply.
+    PowerCtrlManager* power = PowerCtrlManager::create(
+        *m_pBroker, ActiveFaultsRegister::instance(),
+        {m_pBatteryBackupEventHandler.get(), m_pPmiAdapter.get(), m_pCabinetObserver});
     m_pPowerCtrlManager = power;
     m_pBatteryBackupFacade->setManager(power);
     m_pPowerSupplyFacade->setManager(power);

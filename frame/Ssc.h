@@ -37,6 +37,7 @@ class SauFacade;
 class ScuFacade;
 class PciAdapter;
 class PmiAdapter;
+class BatteryBackupEventHandler;
 class BatteryBackupFacade;
 class PowerDistributionFacade;
 class PowerSupplyFacade;
@@ -115,8 +116,8 @@ private:
     std::unique_ptr<AlarmCtrlServer> m_pAlarmCtrlServer;
     std::unique_ptr<ApcInciClient> m_pApcInciClient;
     std::unique_ptr<ApcInciServer> m_pApcInciServer;
-    // The battery backup event handler stands here when it is built; the
-    // facades follow in the order in which they are made.
+    std::unique_ptr<BatteryBackupEventHandler> m_pBatteryBackupEventHandler;
+    // The facades, in the order in which they are made.
     std::unique_ptr<BatteryBackupFacade> m_pBatteryBackupFacade;
     std::unique_ptr<PowerSupplyFacade> m_pPowerSupplyFacade;
     std::unique_ptr<PowerDistributionFacade> m_pPowerDistributionFacade;

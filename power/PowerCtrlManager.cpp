@@ -172,6 +172,7 @@ void PowerCtrlManager::update(std::uint32_t event)
                                   !bfus.allTempSensorsOk(), bfus.anyBatteryOverTemperature());
         }
         if (m_pBatteryTest) m_pBatteryTest->evaluate();
+        if (m_handlers.batteryBackup != nullptr) m_handlers.batteryBackup->statusChanged();
         break;
     }
     case kPduStatusChanged: evaluatePduFaults(nullptr); break;
@@ -749,8 +750,12 @@ void PowerCtrlManager::configureBfus(bool force)
     if (m_bfusInitiated && !force) return;
     if (!m_batteryBackupConfigured || !m_batteryCfgReceived || !m_powerDistributionCfgReceived) return;
     bool failed = false;
-    for (HwuStatusIf* unit : m_pBroker->getUnits(func_type::kBfu))
-        if (BfuIf* bfu = m_pBroker->getBfu(unit->getFuncId())) failed = !configureBfu(*bfu) || failed;
+    // A BFU that is not operational yet has not told its capabilities; it is
+    // configured when it becomes operational.
+    for (HwuStatusIf* unit : m_pBroker->getUnits(func_type::kBfu)) {
+        BfuIf* bfu = m_pBroker->getBfu(unit->getFuncId());
+        if (bfu != nullptr && unit->isAvailable()) failed = !configureBfu(*bfu) || failed;
+    }
     m_bfuLimitsRefused = failed;
     updateLimitsFault();
     m_bfusInitiated = true;
@@ -761,8 +766,10 @@ void PowerCtrlManager::configurePdus(bool force)
     if (m_pdusInitiated && !force) return;
     if (!m_batteryBackupConfigured || !m_powerSupplyCfgReceived) return;
     bool failed = false;
-    for (HwuStatusIf* unit : m_pBroker->getUnits(func_type::kPdu))
-        if (PduIf* pdu = m_pBroker->getPdu(unit->getFuncId())) failed = !configurePdu(*pdu) || failed;
+    for (HwuStatusIf* unit : m_pBroker->getUnits(func_type::kPdu)) {
+        PduIf* pdu = m_pBroker->getPdu(unit->getFuncId());
+        if (pdu != nullptr && unit->isAvailable()) failed = !configurePdu(*pdu) || failed;
+    }
     m_pduLimitsRefused = failed;
     updateLimitsFault();
     m_pdusInitiated = true;

@@ -277,3 +277,31 @@ TEST_F(PowerCtrlManagerTest, AnOverloadOpensAFuseASecondUpToThreeAndTheChargingB
 }
 
 } // namespace
+
+namespace {
+
+TEST_F(PowerCtrlManagerTest, ABfuIsGivenItsLimitsOnceItHasToldWhatItCanTake)
+{
+    TraceCapture trace("supSysCtrlPower:1");
+    addUnit(sim::UnitType::BFU, 1, 64);
+    // Configured before the BFU has finished its start.
+    step(1'500, [](HWU_Broker&) {
+        BatteryBackupCfg battery;
+        battery.batteryDisconnectTemp = 50;
+        battery.batteryDisconnectTempCeaseOffset = 5;
+        power().updateBatteryParameters(battery);
+        PowerDistributionCfg distribution;
+        distribution.mainLoadUndervoltageDisconnect = -432;
+        distribution.priorityLoadUndervoltageDisconnect = -440;
+        distribution.undervoltageDisconnectCeaseOffset = 30;
+        power().updatePowerDistribution(distribution);
+    });
+    startPower({{kBfu1, "A1"}}, {}, 1'000);
+    runNode(12'000);
+    EXPECT_FALSE(trace.contains("outside BFU capabilities")) << trace.text();
+    EXPECT_EQ(sim(64).get("set.mainLoadDisconnect"), -4320);
+    EXPECT_EQ(sim(64).get("set.disconnectCease"), -4620);
+    EXPECT_FALSE(anyFault("14009"));
+}
+
+} // namespace

@@ -33,6 +33,12 @@ public:
     void ceaseMultiplePowerSubracks() override { log("cease subracks"); }
     void batteryModeChanged(bool onBatteries) override { log(onBatteries ? "on batteries" : "off batteries"); }
     void batteryTestStarted(std::uint32_t initiation) override { log("test " + std::to_string(initiation)); }
+    void statusChanged() override { ++m_statusChanges; }
+    void batteryTestFinished(const BatteryTestRecord& record) override
+    {
+        log("test finished " + std::to_string(record.outcome));
+    }
+    void batteryLogData(const BatteryLogRecord& /*log*/, const BatteryLogExtra& /*extra*/) override { log("log data"); }
 
     void raiseNoPsuUsable() override { log("raise noPsu"); }
     void raiseSystemOvervoltage() override { log("raise overvoltage"); }
@@ -44,6 +50,8 @@ public:
 
     std::vector<std::string> m_events;
     float m_lastSystemVoltage = 999.0F;
+    // Kept apart: every BFU status makes one, too many for the event lines.
+    int m_statusChanges = 0;
 
 private:
     void log(const std::string& what) { m_events.push_back(at(what)); }
