@@ -10,6 +10,7 @@
 #include "hwu/HwuBrokerIf.h"
 #include "ose/Format.h"
 #include "power/BatteryBackupEventIf.h"
+#include "power/BatteryCharger.h"
 #include "power/BatteryChargerIf.h"
 #include "power/BatteryLogIf.h"
 #include "power/BatteryTestIf.h"
@@ -92,6 +93,11 @@ void PowerCtrlManager::destroy() { s_pInstance.reset(); }
 PowerCtrlManager::PowerCtrlManager(HwuBrokerIf& broker, FaultsRegisterIf& faults, const Handlers& handlers)
     : m_pBroker(&broker), m_pFaults(&faults), m_handlers(handlers), m_loadSharing(&broker, nullptr, &faults)
 {
+    // The charger reads the records in place; the broker may tell of units
+    // as soon as this subscribes, so it comes first.
+    m_pCharger = std::make_unique<BatteryCharger>(this, m_pFaults, &m_batteryCfg, &m_powerDistributionCfg,
+                                                  &m_pBroker->getBfuStatus(), nullptr);
+    m_loadSharing.setCharger(m_pCharger.get());
     if (m_handlers.cabinet != nullptr) m_handlers.cabinet->subscribe(CabinetObserverIf::kCabinetConfigured, this);
     m_pBroker->subscribeHWU(this);
 }
@@ -107,13 +113,10 @@ PowerCtrlManager::~PowerCtrlManager()
     if (m_handlers.cabinet != nullptr) m_handlers.cabinet->unsubscribe(CabinetObserverIf::kCabinetConfigured, this);
 }
 
-void PowerCtrlManager::setBatteryParts(std::unique_ptr<BatteryChargerIf> charger, std::unique_ptr<BatteryTestIf> test,
-                                       std::unique_ptr<BatteryLogIf> log)
+void PowerCtrlManager::setBatteryParts(std::unique_ptr<BatteryTestIf> test, std::unique_ptr<BatteryLogIf> log)
 {
-    m_pCharger = std::move(charger);
     m_pBatteryTest = std::move(test);
     m_pBatteryLog = std::move(log);
-    m_loadSharing.setCharger(m_pCharger.get());
 }
 
 void PowerCtrlManager::setEnabled(bool enabled)
@@ -566,13 +569,21 @@ void PowerCtrlManager::updateWantedVoltage()
     if (m_pCharger && anyBatteryPresent() && m_batteryCfgReceived && m_batteryBackupConfigured) {
         BfuStatusIf& bfus = m_pBroker->getBfuStatus();
         m_pCharger->updateCharging(m_systemVoltage, bfus.getLowestBatteryVoltage(), bfus.getBatteryCurrent());
-        m_wantedVoltage = m_pCharger->getWantedVoltage();
+        m_wantedVoltage = limitedToClass2Band(m_pCharger->getWantedVoltage());
         SSC_TRACE(powerGroup(), kFlow, "Wanted systemvoltage is set from chargingHandler: %s",
                   text(m_wantedVoltage).c_str());
         return;
     }
     m_wantedVoltage = m_nominalVoltage;
     SSC_TRACE(powerGroup(), kFlow, "Wanted systemvoltage is set to nominalVoltage: %s", text(m_wantedVoltage).c_str());
+}
+
+// The charger steps its voltage by the battery's current; whatever it asks,
+// the system is not driven past its own class 2 alarm limits.
+float PowerCtrlManager::limitedToClass2Band(float volts) const
+{
+    const float size = std::clamp(std::fabs(volts), std::fabs(m_undervoltageRaise), std::fabs(m_overvoltageRaise));
+    return -size;
 }
 
 void PowerCtrlManager::updateRegulatorOffset()
@@ -623,7 +634,7 @@ float PowerCtrlManager::batteryModeThreshold() const
     return threshold <= kLowestBatteryModeThreshold ? kLowestBatteryModeThreshold : threshold;
 }
 
-float PowerCtrlManager::batteryVoltage() const { return m_pBroker->getBfuStatus().getBatteryVoltage(); }
+float PowerCtrlManager::batteryVoltage() const { return m_pCharger->getBatteryVoltage(); }
 
 float PowerCtrlManager::batteryCurrent() const { return m_pBroker->getBfuStatus().getBatteryCurrent(); }
 

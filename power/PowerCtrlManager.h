@@ -79,10 +79,10 @@ public:
     static void destroy();
     ~PowerCtrlManager() override;
 
-    // The battery's charger, test and log join as they are built; without
-    // them the wanted voltage is the nominal one and no test ever runs.
-    void setBatteryParts(std::unique_ptr<BatteryChargerIf> charger, std::unique_ptr<BatteryTestIf> test,
-                         std::unique_ptr<BatteryLogIf> log);
+    // The battery's test and log join as they are built; without them no
+    // test ever runs and nothing is logged.
+    void setBatteryParts(std::unique_ptr<BatteryTestIf> test, std::unique_ptr<BatteryLogIf> log);
+    const BatteryChargerIf& charger() const { return *m_pCharger; }
     // The node controls power while it is the site's primary.
     void setEnabled(bool enabled);
     bool isEnabled() const { return m_enabled; }
@@ -156,6 +156,7 @@ private:
     void confirmBatteryMode();
     void setBatteryMode(bool on);
     float batteryVoltage() const;
+    float limitedToClass2Band(float volts) const;
     float batteryCurrent() const;
 
     // Initiations: each runs once unless forced.
