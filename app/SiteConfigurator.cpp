@@ -3,6 +3,7 @@
 #include "adapters/EmiSignals.h"
 #include "app/CmiText.h"
 #include "app/EmiText.h"
+#include "app/PmiText.h"
 #include "frame/FuncType.h"
 #include "hwu/HdlcAddressBroker.h"
 #include "sim/SimScu.h"
@@ -121,6 +122,29 @@ void configureCabinet(const sim::SimCabinet& cabinet)
               static_cast<int>(kFirstFanGroupId), static_cast<int>(kFirstFanGroupId + 1));
 }
 
+// The power system as a site with one lead-acid string of 4 x 12 V has it:
+// the supply at 54.5 V with its alarm limits, the loads disconnected at
+// 43.2 V, and the string floated at 55.0 V at 25 degrees, 72 mV less for
+// each degree warmer, charged with at most 20 A.
+void configurePower()
+{
+    ose::PROCESS server = 0;
+    while (!ose::hunt(pmi::kServerName, 0, &server, nullptr)) ose::delay(10);
+    std::string bytes;
+    std::string error;
+    constexpr std::uint32_t kClientRef = 1;
+    if (pmi_text::supplyConfig({}, kClientRef, bytes, error)) sendBytes(server, bytes);
+    if (pmi_text::distributionConfig({}, kClientRef, bytes, error)) sendBytes(server, bytes);
+    const std::map<std::string, std::string> battery{{"charging", "-55.0"}, {"nominal-temp", "25"},
+                                                     {"comp-slope", "-0.072"}, {"comp-min", "-54.0"},
+                                                     {"comp-max", "-56.0"}, {"increased", "-55.5"}};
+    if (pmi_text::batteryConfig(battery, kClientRef, bytes, error)) sendBytes(server, bytes);
+    else SSC_TRACE(group(), 1, "battery backup: %s", error.c_str());
+    for (const std::uint16_t objectType : {pmi::kBatteryBackup, pmi::kPowerDistribution, pmi::kPowerSupply})
+        sendBytes(server, pmi_text::request(pmi::PMI_SUBSCRIBE_RESOURCE_DATA_REQ, objectType, kClientRef));
+    SSC_TRACE(group(), 4, "power: supply 54.5 V, loads off at 43.2 V, battery floated at 55.0 V with 20 A at most");
+}
+
 class Configurator {
 public:
     Configurator(std::vector<Unit> units, const sim::SimCabinet* climateOf)
@@ -140,6 +164,8 @@ public:
             sendTo(server, EMI_REQ_S{}, EMI_SUBSCRIBE_RESOURCE_DATA_REQ, unit);
             SSC_TRACE(group(), 4, "%s at hub position \"%s\": configuring", unit.name.c_str(), unit.hubPosition.c_str());
         }
+        // Power needs the node to be the primary, as the climate does.
+        if (m_pClimateOf != nullptr) configurePower();
         for (;;) {
             ose::Signal* signal = ose::receive(ose::kAnySignal);
             report(signal);
@@ -153,11 +179,25 @@ private:
         const std::string bytes(reinterpret_cast<const char*>(signal), ose::sigsize(&signal));
         std::string line = emi_text::describe(bytes);
         if (line.empty()) line = cmi_text::describe(bytes);
-        if (!line.empty()) SSC_TRACE(group(), 4, "%s", line.c_str());
+        if (line.empty()) line = pmi_text::describe(bytes);
+        if (line.empty() || isRepeat(line)) return;
+        SSC_TRACE(group(), 4, "%s", line.c_str());
+    }
+
+    // The power objects report every pass and every BFU flag; a line that
+    // says of an object what its last line said is no news.
+    bool isRepeat(const std::string& line)
+    {
+        const std::string object = line.substr(0, line.find(':'));
+        std::string& last = m_lastLine[object];
+        if (last == line) return true;
+        last = line;
+        return false;
     }
 
     std::vector<Unit> m_units;
     const sim::SimCabinet* m_pClimateOf; // NIL: units only
+    std::map<std::string, std::string> m_lastLine;
 };
 
 } // namespace

@@ -4,12 +4,8 @@
 // what makes no sense, read nothing beyond a signal, and go on serving.
 
 #include "climate/CciSignals.h"
-#include "fuzz/FuzzSignals.h"
 #include "fuzz/FuzzTrace.h"
-#include "platform/LoadModule.h"
-
-#include "ose/Kernel.h"
-#include "ose/World.h"
+#include "fuzz/ServerFuzz.h"
 
 namespace {
 
@@ -28,23 +24,6 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    ose::World world;
-    createCoreProcess(world, world.defaultNode());
-    ose::ProcessSpec client;
-    client.name = "cci_fuzz_client";
-    client.entry = [data, size] {
-        ose::delay(10);
-        ose::PROCESS server = 0;
-        if (!ose::hunt(kServerName, 0, &server, nullptr)) return;
-        FuzzInput input(data, size);
-        while (!input.empty()) {
-            ose::Signal* signal = nextSignal(input, kNumbers);
-            ose::send(&signal, server);
-            ose::delay(input.byte() * 20U);
-        }
-        dropAnswersForever();
-    };
-    world.start(world.createProcess(world.defaultNode(), client));
-    world.runFor(20'000);
+    runServerFuzz({kServerName, "cci_fuzz_client", kNumbers, {}, 20'000}, data, size);
     return 0;
 }

@@ -6,14 +6,8 @@
 // whatever role the input gives the node.
 
 #include "adapters/CmiSignals.h"
-#include "fuzz/FuzzSignals.h"
 #include "fuzz/FuzzTrace.h"
-#include "platform/LoadModule.h"
-#include "sim/A4ciSimServer.h"
-#include "sim/SimCabinet.h"
-
-#include "ose/Kernel.h"
-#include "ose/World.h"
+#include "fuzz/ServerFuzz.h"
 
 namespace {
 
@@ -34,28 +28,10 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    sim::SimCabinet cabinet;
-    cabinet.logCapacity = 0;
-    for (auto [type, address] : {std::pair{sim::UnitType::SCU, 32}, {sim::UnitType::PSU, 48}})
-        cabinet.addUnit(type, 1, static_cast<std::uint8_t>(address));
-    ose::World world;
-    sim::A4ciSimServer::start(world, world.defaultNode(), cabinet);
-    createCoreProcess(world, world.defaultNode());
-    ose::ProcessSpec client;
-    client.name = "cmi_fuzz_client";
-    client.entry = [data, size] {
-        ose::delay(10);
-        ose::PROCESS server = 0;
-        if (!ose::hunt(kServerName, 0, &server, nullptr)) return;
-        FuzzInput input(data, size);
-        while (!input.empty()) {
-            ose::Signal* signal = nextSignal(input, kNumbers);
-            ose::send(&signal, server);
-            ose::delay(input.byte() * 20U);
-        }
-        dropAnswersForever();
-    };
-    world.start(world.createProcess(world.defaultNode(), client));
-    world.runFor(20'000);
+    const ServerFuzz fuzz{kServerName, "cmi_fuzz_client", kNumbers,
+                          {{sim::UnitType::SCU, 32},
+                           {sim::UnitType::PSU, 48}},
+                          20'000};
+    runServerFuzz(fuzz, data, size);
     return 0;
 }

@@ -588,8 +588,10 @@ float PowerCtrlManager::limitedToClass2Band(float volts) const
 
 void PowerCtrlManager::updateRegulatorOffset()
 {
-    // Before the first reading there is nothing to regulate against.
-    if (m_systemVoltage == kNoValue) return;
+    // Before the first reading there is nothing to regulate against; while
+    // no PSU is usable the offset could only wind up, to hit the battery
+    // with a surge when mains returns.
+    if (m_systemVoltage == kNoValue || !m_psuOk) return;
     const float deviation = std::fabs(m_wantedVoltage) - std::fabs(m_systemVoltage);
     if (m_loadSharing.checkRegulationMode(deviation)) return;
     m_regOff = std::clamp(m_regOff + deviation / kOffsetGainDivisor, kOffsetMin, kOffsetMax);

@@ -77,7 +77,8 @@ void ElectricalModel::setDisconnect(double disconnectV, double reconnectV)
 double ElectricalModel::psuCurrent(const PsuParameters& psu, double volts) const
 {
     if (!m_mains || psu.droopOhm <= 0) return 0.0;
-    return std::clamp((psu.setPointV - volts) / psu.droopOhm, 0.0, psu.currentLimitA);
+    const double walkedIn = psu.walkInS > 0 ? std::min(1.0, m_sinceMainsS / psu.walkInS) : 1.0;
+    return std::clamp((psu.setPointV - volts) / psu.droopOhm, 0.0, psu.currentLimitA * walkedIn);
 }
 
 double ElectricalModel::surplusA(double volts) const
@@ -108,6 +109,7 @@ double ElectricalModel::solveBusV() const
 
 void ElectricalModel::step(double seconds)
 {
+    if (m_mains) m_sinceMainsS += seconds;
     m_busV = solveBusV();
     for (std::size_t index = 0; index < m_psus.size(); ++index)
         m_psuCurrentA[index] = m_busV > 0 && m_psuEnabled[index] ? psuCurrent(m_psus[index], m_busV) : 0.0;

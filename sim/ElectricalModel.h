@@ -16,6 +16,9 @@ struct PsuParameters {
     double droopOhm = 0.02;     // output voltage falls this much per ampere
     double currentLimitA = 50.0;
     double efficiency = 0.92;   // output power over input power
+    // After mains returns the output current may rise to its limit over
+    // this many seconds, as a rectifier walks in.
+    double walkInS = 10.0;
 };
 
 struct BatteryParameters {
@@ -50,7 +53,11 @@ public:
     void setPsuSetPoint(std::size_t psu, double volts);
     // A PSU that failed, or was taken out, gives nothing.
     void setPsuEnabled(std::size_t psu, bool enabled);
-    void setMains(bool present) { m_mains = present; }
+    void setMains(bool present)
+    {
+        if (present && !m_mains) m_sinceMainsS = 0.0;
+        m_mains = present;
+    }
     void setLoadW(double watts) { m_parameters.loadW = watts < 0 ? 0 : watts; }
     // A failed cell: the string loses a cell's voltage and its resistance
     // doubles.
@@ -97,6 +104,7 @@ private:
     std::vector<double> m_psuCurrentA;
     std::vector<bool> m_psuEnabled;
     bool m_mains = true;
+    double m_sinceMainsS = 1e9; // since mains came back
     bool m_contactorClosed = true;
     bool m_loadDisconnected = false;
     double m_busV = 0.0;

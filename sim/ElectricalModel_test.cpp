@@ -95,6 +95,9 @@ TEST(ElectricalModelTest, TheLoadIsDisconnectedAtItsThresholdAndConnectedWhenMai
     model.setMains(true);
     run(model, 2);
     EXPECT_TRUE(model.loadDisconnected());
+    // The PSU walks in over 10 s: two seconds give a fifth of its limit.
+    EXPECT_NEAR(model.psuCurrentA(0), 0.2 * PsuParameters{}.currentLimitA, 1e-6);
+    run(model, 10);
     EXPECT_NEAR(model.psuCurrentA(0), PsuParameters{}.currentLimitA, 1e-6);
     seconds = 0;
     while (model.loadDisconnected() && seconds < 3600) {
