@@ -30,18 +30,18 @@ public:
         PowerSupplyFacadeIf* powerSupply = nullptr;
         PowerDistributionFacadeIf* powerDistribution = nullptr;
     };
-    // faultType of the battery backup's faults, in the order of the raise
-    // operations of its event interface.
+    // faultType of the battery backup's faults, as the object side's fault
+    // table numbers them.
     enum BatteryFault : std::uint16_t {
         kNoBatteryPresent = 0,
         kIntermittentConnectedTooOften = 1,
-        kConsumedCapacityNotCovered = 2,
+        kBatteryBackupTimeTooShort = 2,
         kRechargeTooLong = 3,
         kBatteryOverTemperature = 4,
         kRunningOnBatteries = 5,
         kBatteryTempSensorFaulty = 6,
         kLowBatteryCapacity = 13,
-        kBatteryBackupTimeTooShort = 14,
+        kConsumedCapacityNotCovered = 14,
         kMultiplePowerSubracks = 15,
     };
 

@@ -330,11 +330,17 @@ TEST_F(PmiAdapterTest, FaultsAndBatteryEventsReachTheHoldersOfTheirObjectOnly)
 
     handler.raiseLowBatteryCapacity();
     handler.ceaseMultiplePowerSubracks();
+    // The object side's table: 6006 is type 2, 6002 type 14.
+    handler.raiseBatteryBackupTimeTooShort();
+    handler.raiseConsumedCapacityNotCovered();
     fault = taken();
-    ASSERT_EQ(numbers(fault), (std::vector<ose::SIGSELECT>{PMI_FAULT_IND, PMI_FAULT_CEASE_IND}));
+    ASSERT_EQ(numbers(fault),
+              (std::vector<ose::SIGSELECT>{PMI_FAULT_IND, PMI_FAULT_CEASE_IND, PMI_FAULT_IND, PMI_FAULT_IND}));
     EXPECT_EQ(fault[0].to, kOtherClient);
     EXPECT_EQ(fault[0].header.word14, 13);
     EXPECT_EQ(fault[1].header.word14, 15);
+    EXPECT_EQ(fault[2].header.word14, 2);
+    EXPECT_EQ(fault[3].header.word14, 14);
 
     BatteryTestRecord record;
     record.initiation = 9;

@@ -198,13 +198,13 @@ const char* faultText(std::uint16_t faultType)
 {
     static constexpr std::array<const char*, 16> kTexts{
         "no battery present",          "intermittent charging connected too often",
-        "consumed capacity not covered", "recharge too long",
+        "battery backup time too short", "recharge too long",
         "battery over temperature",    "running on batteries",
         "battery temperature sensor faulty", "main load disconnected",
         "priority load disconnected",  "PDU main temperature high",
         "no PSU usable",               "system overvoltage",
         "system undervoltage",         "low battery capacity",
-        "battery backup time too short", "multiple power subracks"};
+        "consumed capacity not covered", "multiple power subracks"};
     return faultType < kTexts.size() ? kTexts[faultType] : "unknown";
 }
 

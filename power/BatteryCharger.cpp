@@ -172,7 +172,9 @@ void BatteryCharger::updateCharging(float systemVoltage, float batteryVoltage, f
     SSC_TRACE(batteryGroup(), kFlow, "Battery current: %s, Battery volt: %s", text(batteryCurrent).c_str(),
               text(batteryVoltage).c_str());
     if (checkBatteryStatus(batteryVoltage, batteryCurrent)) {
-        if (m_capacityCounting) state().countCapacity(batteryCurrent, m_rechargedCapacity, m_dischargedCapacity);
+        // A current that was not measured (999.0) is no charge moved.
+        if (m_capacityCounting && batteryCurrent != 999.0F)
+            state().countCapacity(batteryCurrent, m_rechargedCapacity, m_dischargedCapacity);
         state().checkConditions(systemVoltage, batteryVoltage, batteryCurrent);
         state().regulate(systemVoltage, batteryVoltage, batteryCurrent);
     }
@@ -280,8 +282,9 @@ void BatteryCharger::disconnectTimerExpired()
         TimerService::startTimer(timeMs, kDisconnectTimer, static_cast<BatteryChargerIf*>(this), 0);
         return;
     }
+    // A state that cannot be left now keeps the change for later.
     if (isFullyCharged()) {
-        changeState(charging_state::kIntermittent);
+        if (!changeState(charging_state::kIntermittent)) setIntermittentPending();
     } else {
         setIntermittentPending();
         SSC_TRACE(batteryGroup(), kFlow, "Batteries are not fully charged to set INTERMITTENT");

@@ -147,9 +147,10 @@ void ChargingState::startDisconnectTimer()
     if (hours == 0 || isTimerRunning(BatteryChargerCallbackIf::kDisconnectTimer) ||
         m_pCharger->isIntermittentPending())
         return;
-    if (hours > BatteryChargerCallbackIf::kMaxRunHours)
-        m_pCharger->setRemainingDisconnectHours(
-            static_cast<std::uint16_t>(hours - BatteryChargerCallbackIf::kMaxRunHours));
+    // What a longer time leaves for the next run; nothing of an earlier run
+    // that was stopped may add to this one.
+    m_pCharger->setRemainingDisconnectHours(static_cast<std::uint16_t>(
+        hours > BatteryChargerCallbackIf::kMaxRunHours ? hours - BatteryChargerCallbackIf::kMaxRunHours : 0));
     startTimer(BatteryChargerCallbackIf::kDisconnectTimer, hoursToMs(hours));
     SSC_TRACE(batteryGroup(), kFlow, "INTERMITT_CHARGE_DISC_TIMER started");
 }

@@ -82,7 +82,11 @@ bool ChargingStateSoftStart::mayConnect(float systemVoltage)
         10.0F;
     if (std::fabs(systemVoltage) <= disconnectCease) return false;
     if (m_pCharger->batteryVoltageBelowConnectLimit()) return false;
-    if (m_pCharger->getHighestTemperature() >= static_cast<float>(m_pCfg->batteryDisconnectTemp)) return false;
+    // Without any healthy sensor (999.0) the battery is not known to be hot;
+    // kept off the bus, it would also keep the machine from the fixed state
+    // that a sensor fault leads to.
+    const float highest = m_pCharger->getHighestTemperature();
+    if (highest != 999.0F && highest >= static_cast<float>(m_pCfg->batteryDisconnectTemp)) return false;
     return !m_pCharger->anyBatteryOverTemperature();
 }
 

@@ -82,6 +82,22 @@ TEST_F(ChargingStatesTest, SoftStartHoldsTheBatteryOffUntilTheSystemCanTakeIt)
     EXPECT_EQ(control.connects, (std::vector<std::pair<bool, bool>>{{false, false}, {true, true}}));
 }
 
+TEST_F(ChargingStatesTest, WithEveryTemperatureSensorFailedSoftStartConnectsAndTheFaultLeadsToFixed)
+{
+    bfus.voltageConnect = true;
+    bfus.sensorsOk = false;
+    bfus.lowestTemp = 999.0F; // no healthy sensor gives a reading
+    bfus.highestTemp = 999.0F;
+    at(10, [&] {
+        charger().handleEvent(BatteryChargerIf::kBeginCharging);
+        charger().updateCharging(-50.0F, -50.0F, 0.0F);
+        charger().handleBfuStatus();
+    });
+    play(100);
+    EXPECT_EQ(control.connects, (std::vector<std::pair<bool, bool>>{{false, false}, {true, true}}));
+    EXPECT_EQ(state(), kFixed);
+}
+
 TEST_F(ChargingStatesTest, ALossOfAcLeavesSoftStartEvenWithTheBatteryOff)
 {
     bfus.voltageConnect = true;
