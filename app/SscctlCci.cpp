@@ -1,6 +1,7 @@
 #include "app/SscctlCci.h"
 
 #include "app/SscctlCommand.h"
+#include "app/SscctlConversation.h"
 #include "climate/CciSignals.h"
 
 #include <cmath>
@@ -194,19 +195,6 @@ std::string describe(const std::string& bytes, std::uint16_t& lastGroup)
     }
 }
 
-bool printArrivals(ose::GatewayClient& client, std::uint64_t worldMs, std::uint64_t wallMs, std::ostream& out,
-                   std::uint16_t& lastGroup)
-{
-    if (client.clockMode() == 1 && worldMs > 0 && !client.advanceBy(worldMs)) return false;
-    const std::uint64_t quiet = client.clockMode() == 1 ? 200 : wallMs;
-    while (auto event = client.next(std::chrono::milliseconds(quiet))) {
-        if (event->kind != ose::GatewayEvent::Kind::Signal) continue;
-        const std::string line = describe(event->bytes, lastGroup);
-        if (!line.empty()) out << line << "\n";
-    }
-    return client.isConnected();
-}
-
 } // namespace
 
 bool checkCciSteps(const std::vector<std::string>& words, std::string& error)
@@ -223,20 +211,14 @@ int runCci(const std::vector<std::string>& words, ose::GatewayClient& client, st
         err << "sscctl: " << error << "\n";
         return kUsage;
     }
-    auto server = client.hunt(kServerName, 0);
-    if (!server || *server == 0) {
-        err << "sscctl: the node has no " << kServerName << "\n";
-        return client.isConnected() ? kNotFound : kNoNode;
-    }
+    // The group a registration was given is the one later steps mean.
     std::uint16_t lastGroup = 0;
+    SscctlConversation conversation(client, out, err,
+                                    [&lastGroup](const std::string& bytes) { return describe(bytes, lastGroup); });
+    if (const int found = conversation.open(kServerName); found != kDone) return found;
     for (const Step& step : steps) {
-        const bool sent = step.verb == "watch" || client.send(*server, requestOf(step, step.group.value_or(lastGroup)));
-        const std::uint64_t worldMs = step.verb == "watch" ? step.ms : 100;
-        const std::uint64_t wallMs = step.verb == "watch" ? step.ms : 500;
-        if (!sent || !printArrivals(client, worldMs, wallMs, out, lastGroup)) {
-            err << "sscctl: " << client.lastError() << "\n";
-            return kNoNode;
-        }
+        const std::string request = step.verb == "watch" ? std::string() : requestOf(step, step.group.value_or(lastGroup));
+        if (!conversation.step(request, step.ms)) return kNoNode;
     }
     return kDone;
 }

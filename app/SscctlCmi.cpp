@@ -2,6 +2,7 @@
 
 #include "app/CmiText.h"
 #include "app/SscctlCommand.h"
+#include "app/SscctlConversation.h"
 
 #include <ostream>
 
@@ -107,18 +108,6 @@ std::string requestOf(const Step& step)
     return cmi_text::request(sigNo, step.objectType, step.objectId, kClientRef);
 }
 
-bool printArrivals(ose::GatewayClient& client, std::uint64_t worldMs, std::uint64_t wallMs, std::ostream& out)
-{
-    if (client.clockMode() == 1 && worldMs > 0 && !client.advanceBy(worldMs)) return false;
-    const std::uint64_t quiet = client.clockMode() == 1 ? 200 : wallMs;
-    while (auto event = client.next(std::chrono::milliseconds(quiet))) {
-        if (event->kind != ose::GatewayEvent::Kind::Signal) continue;
-        const std::string line = cmi_text::describe(event->bytes);
-        if (!line.empty()) out << line << "\n";
-    }
-    return client.isConnected();
-}
-
 } // namespace
 
 bool checkCmiSteps(const std::vector<std::string>& words, std::string& error)
@@ -135,20 +124,10 @@ int runCmi(const std::vector<std::string>& words, ose::GatewayClient& client, st
         err << "sscctl: " << error << "\n";
         return kUsage;
     }
-    auto server = client.hunt(kServerName, 0);
-    if (!server || *server == 0) {
-        err << "sscctl: the node has no " << kServerName << "\n";
-        return client.isConnected() ? kNotFound : kNoNode;
-    }
-    for (const Step& step : steps) {
-        const bool sent = step.verb == "watch" || client.send(*server, requestOf(step));
-        const std::uint64_t worldMs = step.verb == "watch" ? step.ms : 100;
-        const std::uint64_t wallMs = step.verb == "watch" ? step.ms : 500;
-        if (!sent || !printArrivals(client, worldMs, wallMs, out)) {
-            err << "sscctl: " << client.lastError() << "\n";
-            return kNoNode;
-        }
-    }
+    SscctlConversation conversation(client, out, err, cmi_text::describe);
+    if (const int found = conversation.open(kServerName); found != kDone) return found;
+    for (const Step& step : steps)
+        if (!conversation.step(step.verb == "watch" ? std::string() : requestOf(step), step.ms)) return kNoNode;
     return kDone;
 }
 

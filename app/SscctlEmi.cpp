@@ -3,6 +3,7 @@
 #include "adapters/EmiSignals.h"
 #include "app/EmiText.h"
 #include "app/SscctlCommand.h"
+#include "app/SscctlConversation.h"
 #include "sim/SimControlSignals.h"
 
 #include <cstring>
@@ -100,20 +101,6 @@ std::string requestOf(const Step& step)
     return emiSignal(EMI_REQ_S{}, sigNo, step);
 }
 
-// Prints what arrives until `wallMs` pass without anything; on a virtual
-// clock the world is moved on by `worldMs` first.
-bool printArrivals(ose::GatewayClient& client, std::uint64_t worldMs, std::uint64_t wallMs, std::ostream& out)
-{
-    if (client.clockMode() == 1 && worldMs > 0 && !client.advanceBy(worldMs)) return false;
-    const std::uint64_t quiet = client.clockMode() == 1 ? 200 : wallMs;
-    while (auto event = client.next(std::chrono::milliseconds(quiet))) {
-        if (event->kind != ose::GatewayEvent::Kind::Signal) continue;
-        const std::string line = emi_text::describe(event->bytes);
-        if (!line.empty()) out << line << "\n";
-    }
-    return client.isConnected();
-}
-
 } // namespace
 
 bool checkEmiSteps(const std::vector<std::string>& words, std::string& error)
@@ -130,20 +117,10 @@ int runEmi(const std::vector<std::string>& words, ose::GatewayClient& client, st
         err << "sscctl: " << error << "\n";
         return kUsage;
     }
-    auto server = client.hunt(kServerName, 0);
-    if (!server || *server == 0) {
-        err << "sscctl: the node has no " << kServerName << "\n";
-        return client.isConnected() ? kNotFound : kNoNode;
-    }
-    for (const Step& step : steps) {
-        const bool sent = step.verb == "watch" || client.send(*server, requestOf(step));
-        const std::uint64_t worldMs = step.verb == "watch" ? step.ms : 100;
-        const std::uint64_t wallMs = step.verb == "watch" ? step.ms : 500;
-        if (!sent || !printArrivals(client, worldMs, wallMs, out)) {
-            err << "sscctl: " << client.lastError() << "\n";
-            return kNoNode;
-        }
-    }
+    SscctlConversation conversation(client, out, err, emi_text::describe);
+    if (const int found = conversation.open(kServerName); found != kDone) return found;
+    for (const Step& step : steps)
+        if (!conversation.step(step.verb == "watch" ? std::string() : requestOf(step), step.ms)) return kNoNode;
     return kDone;
 }
 

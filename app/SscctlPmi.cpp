@@ -2,6 +2,7 @@
 
 #include "app/PmiText.h"
 #include "app/SscctlCommand.h"
+#include "app/SscctlConversation.h"
 
 #include <map>
 #include <ostream>
@@ -120,18 +121,6 @@ bool parseSteps(const std::vector<std::string>& words, std::vector<Step>& steps,
     return !steps.empty();
 }
 
-bool printArrivals(ose::GatewayClient& client, std::uint64_t worldMs, std::uint64_t wallMs, std::ostream& out)
-{
-    if (client.clockMode() == 1 && worldMs > 0 && !client.advanceBy(worldMs)) return false;
-    const std::uint64_t quiet = client.clockMode() == 1 ? 200 : wallMs;
-    while (auto event = client.next(std::chrono::milliseconds(quiet))) {
-        if (event->kind != ose::GatewayEvent::Kind::Signal) continue;
-        const std::string line = pmi_text::describe(event->bytes);
-        if (!line.empty()) out << line << "\n";
-    }
-    return client.isConnected();
-}
-
 } // namespace
 
 bool checkPmiSteps(const std::vector<std::string>& words, std::string& error)
@@ -148,19 +137,10 @@ int runPmi(const std::vector<std::string>& words, ose::GatewayClient& client, st
         err << "sscctl: " << error << "\n";
         return kUsage;
     }
-    auto server = client.hunt(kServerName, 0);
-    if (!server || *server == 0) {
-        err << "sscctl: the node has no " << kServerName << "\n";
-        return client.isConnected() ? kNotFound : kNoNode;
-    }
-    for (const Step& step : steps) {
-        const bool watch = step.verb == "watch";
-        const bool sent = watch || client.send(*server, step.request);
-        if (!sent || !printArrivals(client, watch ? step.ms : 100, watch ? step.ms : 500, out)) {
-            err << "sscctl: " << client.lastError() << "\n";
-            return kNoNode;
-        }
-    }
+    SscctlConversation conversation(client, out, err, pmi_text::describe);
+    if (const int found = conversation.open(kServerName); found != kDone) return found;
+    for (const Step& step : steps)
+        if (!conversation.step(step.verb == "watch" ? std::string() : step.request, step.ms)) return kNoNode;
     return kDone;
 }
 
