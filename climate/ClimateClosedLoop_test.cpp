@@ -14,12 +14,12 @@
 #include "hwu/HwuUnitFactory.h"
 #include "hwu/testSupport/HwuNodeHarness.h"
 #include "sim/SiteFile.h"
+#include "sim/testSupport/ScenarioRecording.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace {
 
@@ -60,16 +60,7 @@ protected:
         std::string error;
         ASSERT_TRUE(sim::SiteFile::load(SSC_SOURCE_DIR "/sim/sites/default.xml", m_cabinet, error)) << error;
         m_pUnitFactory = &m_units;
-        if (const char* dir = std::getenv("SSC_RECORD_DIR")) record(dir);
-    }
-
-    void record(const std::string& dir)
-    {
-        auto recorder = std::make_unique<sim::PlantRecorder>();
-        const std::string path = dir + "/" + ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".csv";
-        std::string error;
-        if (recorder->open(path, error)) m_cabinet.plant->setRecorder(std::move(recorder));
-        else ADD_FAILURE() << error;
+        recordScenarioIfAsked(*m_cabinet.plant);
     }
 
     // The node comes up as the object layer would bring it: climate manager

@@ -10,13 +10,13 @@
 #include "power/PowerDistributionCfg.h"
 #include "power/testSupport/PowerNodeHarness.h"
 #include "sim/SiteFile.h"
+#include "sim/testSupport/ScenarioRecording.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 
 namespace {
 
@@ -38,16 +38,7 @@ protected:
         // through each PSU's droop, until load sharing evens it out.
         m_cabinet.unit(1, 48)->set("setPointError", 10);
         m_cabinet.unit(1, 50)->set("setPointError", -10);
-        if (const char* dir = std::getenv("SSC_RECORD_DIR")) record(dir);
-    }
-
-    void record(const std::string& dir)
-    {
-        auto recorder = std::make_unique<sim::PlantRecorder>();
-        const std::string path = dir + "/" + ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".csv";
-        std::string error;
-        if (recorder->open(path, error)) m_cabinet.plant->setRecorder(std::move(recorder));
-        else ADD_FAILURE() << error;
+        recordScenarioIfAsked(*m_cabinet.plant);
     }
 
     // The site as the object layer configures it: its supply, battery and
