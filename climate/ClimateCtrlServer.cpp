@@ -18,6 +18,14 @@ using namespace cci;
 
 namespace {
 
+// An air flow truncated into the signal's 16 bits; a value the regulator
+// should never give (beyond the word, not a number) is held, not undefined.
+std::int16_t airflowWord(float airflow)
+{
+    if (!(airflow == airflow)) return 0;
+    return static_cast<std::int16_t>(std::clamp(airflow, -32767.0F, 32767.0F));
+}
+
 // Every registered sensor takes the next id; every registration (here one
 // sensor of a unit) the next group id, which is the sensor's client.
 std::uint32_t s_nextSensorId = 1;
@@ -367,10 +375,10 @@ void ClimateCtrlServer::handleAirflowReq(ose::Signal* signal)
     if (demand >= -apc::kMaxDemand && demand <= apc::kMaxDemand && climate != nullptr) {
         climate->airflowDemandFromSecondary(request->serverRef, static_cast<float>(demand));
         answer.sigNo = apc::APC_AIRFLOW_CFM;
-        answer.airflow = static_cast<std::int16_t>(climate->isRegulationPossible() ? previous : static_cast<float>(demand));
+        answer.airflow = airflowWord(climate->isRegulationPossible() ? previous : static_cast<float>(demand));
     } else {
         answer.sigNo = apc::APC_AIRFLOW_REJ;
-        answer.airflow = static_cast<std::int16_t>(previous);
+        answer.airflow = airflowWord(previous);
         answer.error = apc::kDemandOutOfRange;
     }
     const ose::SIGSELECT sigNo = answer.sigNo;
