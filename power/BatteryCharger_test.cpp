@@ -166,6 +166,29 @@ TEST_F(BatteryChargerTest, ADischargeIsCountedIntoTheConfiguration)
     EXPECT_EQ(cfg.totalDischargeCapacity, charger().getDischargedCapacity());
 }
 
+TEST_F(BatteryChargerTest, AnUnmeasuredCurrentCountsNoCharge)
+{
+    std::vector<float> counted;
+    at(10, [&] {
+        toFloat();
+        charger().handleEvent(BatteryChargerIf::kAcMainsLost);
+        pass(-50.0F, -60.0F);
+        counted.push_back(cfg.totalDischargeCapacity);
+        bfus.operational = false; // no BFU measures: the summary gives 999.0
+        pass(-50.0F, 999.0F);
+        counted.push_back(cfg.totalDischargeCapacity);
+        bfus.operational = true;
+        pass(-50.0F, -60.0F);
+        counted.push_back(cfg.totalDischargeCapacity);
+    });
+    play(100);
+    EXPECT_EQ(state(), kDischarge);
+    ASSERT_EQ(counted.size(), 3U);
+    EXPECT_NEAR(counted[0], -0.1F, 1e-5F);
+    EXPECT_EQ(counted[1], counted[0]);
+    EXPECT_NEAR(counted[2], -0.2F, 1e-5F);
+}
+
 TEST_F(BatteryChargerTest, TheEqualizeCycleCountsDaysAndAnIntervalOfZeroEqualizesDaily)
 {
     cfg.equalizeChargeCyclicInterval = 2;
@@ -215,6 +238,92 @@ TEST_F(DisconnectTimeTest, ABatteryNotYetFullWaitsForItsFullChargeInFloat)
     EXPECT_EQ(reached, (std::vector<std::uint32_t>{kFloat, kIntermittent}));
     EXPECT_TRUE(trace.contains("Batteries are not fully charged to set INTERMITTENT"));
     EXPECT_FALSE(charger().isIntermittentPending());
+}
+
+// A change refused when the disconnect time runs out is made later in Float.
+TEST_F(DisconnectTimeTest, ARefusedChangeToIntermittentIsMadeOnceFloatHasAFullBatteryAgain)
+{
+    cfg.intermittentChargeDisconnectTime = 1;
+    std::vector<std::uint32_t> reached;
+    bool fullAtExpiry = false, pendingAtExpiry = false;
+    at(10, [&] { toFloat(); pass(-54.0F, 0.0F); }); // fully charged half an hour later
+    at(40 * kMinuteMs, [&] {
+        charger().handleEvent(BatteryChargerIf::kStartBatteryTest);
+        charger().handleEvent(BatteryChargerIf::kAcMainsLost); // Discharge cannot be left now
+    });
+    at(kHourMs + 100, [&] {
+        reached.push_back(state());
+        fullAtExpiry = charger().isFullyCharged();
+        pendingAtExpiry = charger().isIntermittentPending();
+        pass(-50.0F, -40.0F);
+        pass(-50.0F, -40.0F);
+        charger().handleEvent(BatteryChargerIf::kAcMainsBack);
+        for (int i = 0; i < 20 && state() != kFloat; ++i) pass(-53.0F, 10.0F);
+        reached.push_back(state());
+        pass(-54.0F, 0.0F);
+    });
+    at(kHourMs + 31 * kMinuteMs, [&] { reached.push_back(state()); });
+    play(3 * kHourMs);
+    EXPECT_EQ(reached, (std::vector<std::uint32_t>{kDischarge, kFloat, kIntermittent}));
+    EXPECT_TRUE(fullAtExpiry);
+    EXPECT_TRUE(pendingAtExpiry);
+    EXPECT_FALSE(trace.contains("Batteries are not fully charged to set INTERMITTENT"));
+    EXPECT_FALSE(charger().isIntermittentPending());
+}
+
+TEST_F(DisconnectTimeTest, ARefusedChangeToIntermittentInSoftStartIsMadeInFloatWithTheBatteryStillFull)
+{
+    cfg.intermittentChargeDisconnectTime = 1;
+    std::vector<std::uint32_t> reached;
+    bool pendingAtExpiry = false, fullInFloat = false;
+    at(10, [&] { toFloat(); pass(-54.0F, 0.0F); });
+    at(45 * kMinuteMs, [&] {
+        bfus.voltageConnect = true;
+        bfus.belowConnectLimit = true; // the battery stays off: SoftStart cannot be left
+        charger().handleEvent(BatteryChargerIf::kBfuRestarted);
+        for (int i = 0; i < 20; ++i) pass(-54.0F, 0.0F);
+    });
+    at(kHourMs + 100, [&] {
+        reached.push_back(state());
+        pendingAtExpiry = charger().isIntermittentPending();
+        bfus.belowConnectLimit = false;
+        pass(-54.0F, 0.0F);
+        fullInFloat = charger().isFullyCharged() && state() == kFloat;
+        pass(-54.0F, 0.0F);
+    });
+    at(2 * kHourMs, [&] {
+        pass(-54.0F, 0.0F);
+        reached.push_back(state());
+    });
+    play(3 * kHourMs);
+    EXPECT_TRUE(pendingAtExpiry);
+    EXPECT_TRUE(fullInFloat);
+    EXPECT_EQ(reached, (std::vector<std::uint32_t>{kSoftStart, kIntermittent}));
+    EXPECT_FALSE(charger().isIntermittentPending());
+}
+
+// Each start of the disconnect timer sets what it leaves for a later run.
+TEST_F(DisconnectTimeTest, AStoppedLongRunLeavesNothingToAShorterTimeConfiguredAfterIt)
+{
+    cfg.intermittentChargeDisconnectTime = 700; // 596 hours now, 104 left for later
+    constexpr std::uint64_t kRestart = 2 * kHourMs;
+    std::vector<std::uint32_t> reached;
+    at(10, [&] { toFloat(); });
+    at(kHourMs, [&] {
+        charger().handleEvent(BatteryChargerIf::kAcMainsLost); // stops the first run
+        pass(-50.0F, -40.0F);
+        cfg.intermittentChargeDisconnectTime = 10;
+    });
+    at(kRestart, [&] {
+        charger().handleEvent(BatteryChargerIf::kAcMainsBack);
+        for (int i = 0; i < 20 && state() != kFloat; ++i) pass(-53.0F, 10.0F);
+        pass(-54.0F, 0.0F); // fully charged half an hour later
+    });
+    at(kRestart + 10 * kHourMs - 100, [&] { reached.push_back(state()); });
+    at(kRestart + 10 * kHourMs + 100, [&] { reached.push_back(state()); });
+    play(kRestart + 11 * kHourMs);
+    EXPECT_EQ(reached, (std::vector<std::uint32_t>{kFloat, kIntermittent}));
+    EXPECT_EQ(trace.count("supSysCtrlBattery", 7, "Intermittent charging disconnect timer expired."), 1U);
 }
 
 TEST_F(DisconnectTimeTest, ZeroHoursNeverLeavesFloat)

@@ -29,7 +29,17 @@ bool ChargingStateFloat::startEqualize()
     return true;
 }
 
-void ChargingStateFloat::checkConditions(float, float, float) { checkTemperatureAndCurrent(); }
+void ChargingStateFloat::checkConditions(float, float, float)
+{
+    // A change to intermittent charging that another state had to refuse is
+    // made once the battery is full: a battery that stays full never starts
+    // the 30-minute watch that would otherwise make it.
+    if (m_pCharger->isIntermittentPending() && m_pCharger->isFullyCharged()) {
+        changeState(charging_state::kIntermittent);
+        return;
+    }
+    checkTemperatureAndCurrent();
+}
 
 void ChargingStateFloat::regulate(float, float, float)
 {

@@ -231,6 +231,86 @@ TEST_F(ChargingStatesTest, TheAutomaticBoostIncreaseShrinksWithTheDaysSinceTheLa
                                                  kBase + 10'800'000, kBase + 10'800'000, kBase + 43'200'000}));
 }
 
+// Times of 1200 hours: in 32-bit milliseconds they would wrap to under 7
+// hours. Each run is held at 596 hours.
+class LongTimesTest : public ChargingStatesTest {
+protected:
+    static constexpr std::uint64_t kRun = 596ULL * kHourMs;
+
+    void SetUp() override
+    {
+        ChargingStatesTest::SetUp();
+        cfg.boostChargeTime = 1200;
+        cfg.equalizeChargeTime = 1200;
+        cfg.intermittentChargeConnectTime = 1200;
+        cfg.equalizeChargeCyclicInterval = 200;
+    }
+    // The states just before and just after the held run that `begin` starts.
+    std::vector<std::uint32_t> aroundTheRun(std::function<void()> begin)
+    {
+        std::vector<std::uint32_t> reached;
+        at(10, [this, begin] {
+            toFloat();
+            begin();
+        });
+        at(10 + kRun - 100, [&] { reached.push_back(state()); });
+        at(10 + kRun + 100, [&] { reached.push_back(state()); });
+        play(10 + kRun + kHourMs);
+        return reached;
+    }
+};
+
+TEST_F(LongTimesTest, TheBoostTimeIsHeldAt596Hours)
+{
+    const auto reached = aroundTheRun([&] {
+        charger().changeState(kBoost);
+        pass(-56.5F, 1.0F); // the boost time begins
+    });
+    EXPECT_EQ(reached, (std::vector<std::uint32_t>{kBoost, kFloat}));
+    EXPECT_TRUE(trace.contains("boostChargeTime + boostIncreaseTime = 2145600000 + 0 = 2145600000"));
+}
+
+TEST_F(LongTimesTest, TheEqualizeTimeIsHeldAt596Hours)
+{
+    const auto reached = aroundTheRun([&] {
+        charger().handleEvent(BatteryChargerIf::kStartEqualize);
+        pass(-56.5F, 1.0F); // the equalize time begins
+    });
+    EXPECT_EQ(reached, (std::vector<std::uint32_t>{kEqualize, kFloat}));
+}
+
+TEST_F(LongTimesTest, TheConnectTimeIsHeldAt596Hours)
+{
+    const auto reached = aroundTheRun([&] { charger().changeState(kIntermittent); });
+    EXPECT_EQ(reached, (std::vector<std::uint32_t>{kIntermittent, kFloat}));
+}
+
+TEST_F(ChargingStatesTest, APendingBoostIsKeptWhileSoftStartCannotBeLeft)
+{
+    std::vector<std::uint32_t> reached;
+    std::vector<bool> pending;
+    at(10, [&] {
+        discharge(-46.0F);
+        charger().handleEvent(BatteryChargerIf::kAcMainsBack); // a boost is pending
+        bfus.voltageConnect = true;
+        bfus.belowConnectLimit = true; // the battery stays off: SoftStart cannot be left
+        charger().handleEvent(BatteryChargerIf::kMultipleSubracks); // SoftStart again, the battery off
+        for (int i = 0; i < 40; ++i) pass(-53.0F, 10.0F);
+        reached.push_back(state());
+        pending.push_back(charger().isBoostPending());
+        bfus.belowConnectLimit = false;
+        pass(-53.0F, 10.0F);
+        reached.push_back(state());
+        pending.push_back(charger().isBoostPending());
+    });
+    play(100);
+    EXPECT_EQ(reached, (std::vector<std::uint32_t>{kSoftStart, kBoost}));
+    EXPECT_EQ(pending, (std::vector<bool>{true, false}));
+    EXPECT_FLOAT_EQ(charger().getSoftStartTarget(), -56.5F);
+    ASSERT_FALSE(control.connects.empty());
+    EXPECT_EQ(control.connects.back(), std::make_pair(true, true));
+}
+
 TEST_F(ChargingStatesTest, ALossOfAcInBoostStopsItsTimerAndDischargeWaitsForAc)
 {
     std::size_t changesInDischarge = 0;
