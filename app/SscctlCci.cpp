@@ -95,23 +95,7 @@ bool parseStep(const std::vector<std::string>& words, std::size_t& i, Step& step
 
 bool parseSteps(const std::vector<std::string>& words, std::vector<Step>& steps, std::string& error)
 {
-    for (std::size_t i = 0; i < words.size();) {
-        Step step;
-        step.verb = words[i++];
-        const int count = argumentsOf(step.verb);
-        if (count < 0) {
-            error = "unknown cci step '" + step.verb + "' (see --help)";
-            return false;
-        }
-        if (i + static_cast<std::size_t>(count) > words.size()) {
-            error = "cci step '" + step.verb + "' needs " + std::to_string(count) + " more words";
-            return false;
-        }
-        if (count > 0 && !parseStep(words, i, step, error)) return false;
-        steps.push_back(step);
-    }
-    if (steps.empty()) error = "cci needs at least one step";
-    return !steps.empty();
+    return splitSteps("cci", words, steps, error, argumentsOf, parseStep);
 }
 
 void putU16(std::string& bytes, std::uint16_t value)

@@ -11,8 +11,36 @@
 #include <functional>
 #include <iosfwd>
 #include <string>
+#include <vector>
 
 namespace app {
+
+// Splits a command's words into its steps: each verb takes the fixed number
+// of words that `argumentsOf` gives (-1 for a verb the interface does not
+// know), which `parseStep` reads from `words[i]` on. False with a message
+// for a verb not known, words missing, or no step at all.
+template <typename Step, typename ArgumentsOf, typename ParseStep>
+bool splitSteps(const std::string& interfaceName, const std::vector<std::string>& words, std::vector<Step>& steps,
+                std::string& error, ArgumentsOf argumentsOf, ParseStep parseStep)
+{
+    for (std::size_t i = 0; i < words.size();) {
+        Step step;
+        step.verb = words[i++];
+        const int count = argumentsOf(step.verb);
+        if (count < 0) {
+            error = "unknown " + interfaceName + " step '" + step.verb + "' (see --help)";
+            return false;
+        }
+        if (i + static_cast<std::size_t>(count) > words.size()) {
+            error = interfaceName + " step '" + step.verb + "' needs " + std::to_string(count) + " more words";
+            return false;
+        }
+        if (count > 0 && !parseStep(words, i, step, error)) return false;
+        steps.push_back(step);
+    }
+    if (steps.empty()) error = interfaceName + " needs at least one step";
+    return !steps.empty();
+}
 
 class SscctlConversation {
 public:

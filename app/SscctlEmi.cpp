@@ -34,40 +34,28 @@ int argumentsOf(const std::string& verb)
     return -1;
 }
 
+bool parseStep(const std::vector<std::string>& words, std::size_t& i, Step& step, std::string& error)
+{
+    if (step.verb == "watch") {
+        if (parseUnsigned(words[i++], step.ms)) return true;
+        error = "watch needs milliseconds";
+        return false;
+    }
+    const auto type = emi_text::objectTypeOf(words[i++]);
+    std::uint64_t id = 0;
+    if (!type || !parseUnsigned(words[i++], id) || id > 0xFFFFFFFFu) {
+        error = "emi step '" + step.verb + "' needs a unit type (scu, sau, psu, pdu, bfu, efuse, clu) and an id";
+        return false;
+    }
+    step.objectType = *type;
+    step.objectId = static_cast<std::uint32_t>(id);
+    if (step.verb == "configure") step.hubPosition = words[i++] == "-" ? "" : words[i - 1];
+    return true;
+}
+
 bool parseSteps(const std::vector<std::string>& words, std::vector<Step>& steps, std::string& error)
 {
-    for (std::size_t i = 0; i < words.size();) {
-        Step step;
-        step.verb = words[i++];
-        const int count = argumentsOf(step.verb);
-        if (count < 0) {
-            error = "unknown emi step '" + step.verb + "' (see --help)";
-            return false;
-        }
-        if (i + static_cast<std::size_t>(count) > words.size()) {
-            error = "emi step '" + step.verb + "' needs " + std::to_string(count) + " more words";
-            return false;
-        }
-        if (step.verb == "watch") {
-            if (!parseUnsigned(words[i++], step.ms)) {
-                error = "watch needs milliseconds";
-                return false;
-            }
-        } else {
-            const auto type = emi_text::objectTypeOf(words[i++]);
-            std::uint64_t id = 0;
-            if (!type || !parseUnsigned(words[i++], id) || id > 0xFFFFFFFFu) {
-                error = "emi step '" + step.verb + "' needs a unit type (scu, sau, psu, pdu, bfu, efuse, clu) and an id";
-                return false;
-            }
-            step.objectType = *type;
-            step.objectId = static_cast<std::uint32_t>(id);
-            if (step.verb == "configure") step.hubPosition = words[i++] == "-" ? "" : words[i - 1];
-        }
-        steps.push_back(step);
-    }
-    if (steps.empty()) error = "emi needs at least one step";
-    return !steps.empty();
+    return splitSteps("emi", words, steps, error, argumentsOf, parseStep);
 }
 
 template <typename T>

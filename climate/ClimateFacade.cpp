@@ -38,20 +38,6 @@ std::int32_t truncated(double value)
 
 std::int32_t scaled(float value, double scale) { return truncated(static_cast<double>(value) * scale + 0.5); }
 
-// The unit kinds as the cabinet interface numbers them.
-std::int32_t unitTypeOf(std::uint32_t funcType)
-{
-    switch (funcType) {
-    case func_type::kCbu: return 0;
-    case func_type::kPsu: return 1;
-    case func_type::kRax: return 2;
-    case func_type::kRu: return 3;
-    case func_type::kTx: return 4;
-    case func_type::kDu: return 5;
-    default: return -1;
-    }
-}
-
 void fillRegulatorWords(TemperatureRegulator& regulator, const ClimateCfg& cfg, ClimateReport& report)
 {
     float fanStart = 0.0f;
@@ -97,7 +83,7 @@ std::array<std::int32_t, ClimateReport::kRowWords> hotSpotOf(TempSensorElement& 
         scaled(sensor.timeConstChangePressureDrop(), kGainScale),    // Tau
         scaled(sensor.k(), kGainScale),                              // K
         scaled(sensor.ki(), kGainScale),                             // K_I
-        unitTypeOf(sensor.funcType()),                               // UnitType
+        sensor.placementIndex(),                                     // UnitType: numbered as the placement factors
         0,                                                           // UnitSlotPosition
     }};
 }

@@ -168,7 +168,7 @@ void PowerCtrlManager::update(std::uint32_t event)
     case kBfuStatusChanged: {
         evaluateBfuFaults(nullptr);
         initiateCharger(false);
-        if (m_pCharger) m_pCharger->handleBfuStatus();
+        m_pCharger->handleBfuStatus();
         if (m_pBatteryLog) {
             BfuStatusIf& bfus = m_pBroker->getBfuStatus();
             m_pBatteryLog->update(bfus.anyHwFault(), bfus.anyMainLoadDisconnected(), bfus.allBfusConnected(),
@@ -221,7 +221,7 @@ void PowerCtrlManager::unitOperational(const FuncId_t& funcId)
         bfu->subscribeStatus(kBfuStatusChanged, this);
         BfuStatusIf& bfus = m_pBroker->getBfuStatus();
         if (m_batteryCfgReceived && bfus.anyBatteryPresent() && bfus.anyBfuOperational()) {
-            if (m_pCharger) m_pCharger->handleEvent(BatteryChargerIf::kBfuOperational);
+            m_pCharger->handleEvent(BatteryChargerIf::kBfuOperational);
             if (m_pBatteryLog) m_pBatteryLog->handleEvent(BatteryLogIf::kBfuOperational);
             if (m_pBatteryTest) m_pBatteryTest->evaluate();
         }
@@ -246,7 +246,7 @@ void PowerCtrlManager::unitRemoved(const FuncId_t& funcId)
         if (!anyOtherBfuAvailable(funcId)) {
             SSC_TRACE(powerGroup(), kFlow, "Stopping recurring timer to check BFU power load");
             stopTimer(kBfuLoadTimer);
-            if (m_pCharger) m_pCharger->handleEvent(BatteryChargerIf::kNoBfuOperational);
+            m_pCharger->handleEvent(BatteryChargerIf::kNoBfuOperational);
         }
         if (m_pBatteryLog) m_pBatteryLog->handleEvent(BatteryLogIf::kBfuRemoved);
         if (m_pBatteryTest) m_pBatteryTest->evaluate();
@@ -266,7 +266,7 @@ bool PowerCtrlManager::anyOtherBfuAvailable(const FuncId_t& removed)
 
 void PowerCtrlManager::unitRestarted(const FuncId_t& funcId)
 {
-    if (funcId.FuncType == func_type::kBfu && m_pCharger) m_pCharger->handleEvent(BatteryChargerIf::kBfuRestarted);
+    if (funcId.FuncType == func_type::kBfu) m_pCharger->handleEvent(BatteryChargerIf::kBfuRestarted);
 }
 
 void PowerCtrlManager::statusChanged()
@@ -333,7 +333,7 @@ void PowerCtrlManager::updatePowerSupply(const std::int16_t values[kPowerSupplyV
         m_nominalVoltage = kDefaultNominalVoltage;
     }
     updateLimitsFault();
-    if (m_pCharger) m_pCharger->setNominalVoltage(m_nominalVoltage);
+    m_pCharger->setNominalVoltage(m_nominalVoltage);
 }
 
 // Limits that overlap would raise and cease a fault on every pass: the
@@ -383,12 +383,12 @@ void PowerCtrlManager::getBatteryBackupStatus(BatteryBackupStatus* status)
 
 void PowerCtrlManager::startEqualizeCharging()
 {
-    if (m_pCharger) m_pCharger->handleEvent(BatteryChargerIf::kStartEqualize);
+    m_pCharger->handleEvent(BatteryChargerIf::kStartEqualize);
 }
 
 void PowerCtrlManager::stopEqualizeCharging()
 {
-    if (m_pCharger) m_pCharger->handleEvent(BatteryChargerIf::kStopEqualize);
+    m_pCharger->handleEvent(BatteryChargerIf::kStopEqualize);
 }
 
 // Without a battery test the answers are those of a test that is not
@@ -435,10 +435,8 @@ void PowerCtrlManager::performRegulation()
     if (m_pBroker->getPsuCount() > 0) evaluatePsuOk();
     if (m_pBatteryTest && m_pBatteryTest->isRunning()) {
         BfuStatusIf& bfus = m_pBroker->getBfuStatus();
-        if (m_pCharger) {
-            m_pCharger->checkBatteryStatus(bfus.getLowestBatteryVoltage(), bfus.getBatteryCurrent());
-            m_pCharger->updateCharging(m_systemVoltage, bfus.getLowestBatteryVoltage(), bfus.getBatteryCurrent());
-        }
+        m_pCharger->checkBatteryStatus(bfus.getLowestBatteryVoltage(), bfus.getBatteryCurrent());
+        m_pCharger->updateCharging(m_systemVoltage, bfus.getLowestBatteryVoltage(), bfus.getBatteryCurrent());
         SSC_TRACE(powerGroup(), kFlow, "No Voltage Control performed since Battery Test is running");
         return;
     }
@@ -467,13 +465,13 @@ void PowerCtrlManager::evaluatePsuOk()
     const bool anyBfu = m_pBroker->getBfuCount() > 0;
     std::uint32_t error = 0;
     if (!usable) {
-        if (anyBfu && m_pCharger) m_pCharger->handleEvent(BatteryChargerIf::kAcMainsLost);
+        if (anyBfu) m_pCharger->handleEvent(BatteryChargerIf::kAcMainsLost);
         if (anyBfu && m_pBatteryTest && !m_pBatteryTest->start(BatteryTestIf::kAcMains, &error) &&
             m_handlers.batteryBackup != nullptr)
             m_handlers.batteryBackup->batteryTestStarted(BatteryTestIf::kAcMains);
         m_pFaults->raiseFault(fault_id::kNoPsuUsable, {func_type::kPowerSupply, 0});
     } else {
-        if (anyBfu && m_pCharger) m_pCharger->handleEvent(BatteryChargerIf::kAcMainsBack);
+        if (anyBfu) m_pCharger->handleEvent(BatteryChargerIf::kAcMainsBack);
         if (anyBfu && m_pBatteryTest) m_pBatteryTest->stop(BatteryTestIf::kAcMains, &error);
         m_pFaults->ceaseFault(fault_id::kNoPsuUsable, {func_type::kPowerSupply, 0});
     }
@@ -485,8 +483,7 @@ void PowerCtrlManager::watchPsuAccessibility()
     for (HwuStatusIf* unit : m_pBroker->getUnits(func_type::kPsu)) accessible = accessible || unit->isCommunicating();
     if (accessible == m_anyPsuAccessible) return;
     m_anyPsuAccessible = accessible;
-    if (m_pCharger)
-        m_pCharger->handleEvent(accessible ? BatteryChargerIf::kPsuAccessible : BatteryChargerIf::kNoPsuAccessible);
+    m_pCharger->handleEvent(accessible ? BatteryChargerIf::kPsuAccessible : BatteryChargerIf::kNoPsuAccessible);
     if (!accessible && m_pBatteryTest) m_pBatteryTest->evaluate();
 }
 
@@ -566,7 +563,7 @@ void PowerCtrlManager::evaluateClass2Faults()
 
 void PowerCtrlManager::updateWantedVoltage()
 {
-    if (m_pCharger && anyBatteryPresent() && m_batteryCfgReceived && m_batteryBackupConfigured) {
+    if (anyBatteryPresent() && m_batteryCfgReceived && m_batteryBackupConfigured) {
         BfuStatusIf& bfus = m_pBroker->getBfuStatus();
         m_pCharger->updateCharging(m_systemVoltage, bfus.getLowestBatteryVoltage(), bfus.getBatteryCurrent());
         m_wantedVoltage = limitedToClass2Band(m_pCharger->getWantedVoltage());
@@ -746,7 +743,7 @@ void PowerCtrlManager::initiateCharger(bool force)
     if (!m_batteryBackupConfigured || !m_batteryCfgReceived || !bfus.anyBatteryPresent() || !bfus.anyBfuOperational())
         return;
     SSC_TRACE(powerGroup(), kFlow, "==>update(): initiating BatteryCharger");
-    if (m_pCharger) m_pCharger->handleEvent(BatteryChargerIf::kBeginCharging);
+    m_pCharger->handleEvent(BatteryChargerIf::kBeginCharging);
     m_chargerInitiated = true;
 }
 

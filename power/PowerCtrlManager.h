@@ -187,7 +187,7 @@ private:
     HwuBrokerIf* m_pBroker;
     FaultsRegisterIf* m_pFaults;
     Handlers m_handlers;
-    std::unique_ptr<BatteryChargerIf> m_pCharger;
+    std::unique_ptr<BatteryChargerIf> m_pCharger; // made with the manager, always there
     std::unique_ptr<BatteryTestIf> m_pBatteryTest;
     std::unique_ptr<BatteryLogIf> m_pBatteryLog;
     LoadSharing m_loadSharing;
