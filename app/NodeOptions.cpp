@@ -35,6 +35,11 @@ const char* nodeUsage()
            "                        most), and trace status and faults (trace group site, level 4)\n"
            "  --no-climate          with --configure-site: configure the units only; the fans keep\n"
            "                        the site's own command and the node regulates no power\n"
+           "  --role ROLE           active | passive: the role the platform's RPU server gives the\n"
+           "                        load module (default: active); a passive one keeps its object\n"
+           "                        layer down. sscctl rpu changes it at run time\n"
+           "  --rpu-later           the RPU server starts without an RPU: the load module waits\n"
+           "                        until 'sscctl rpu add'\n"
            "  --run-for MS          stop after MS of world time\n"
            "  --help                this text\n"
            "  --version             the program's version\n"
@@ -75,6 +80,15 @@ bool parseNodeOptions(const std::vector<std::string>& args, NodeOptions& options
             if (!value(options.record)) return false;
         }
         else if (arg == "--hold-clock") options.holdClock = true;
+        else if (arg == "--rpu-later") options.rpuLater = true;
+        else if (arg == "--role") {
+            if (!value(text)) return false;
+            if (text != "active" && text != "passive") {
+                error = "--role is active or passive, not '" + text + "'";
+                return false;
+            }
+            options.rolePassive = text == "passive";
+        }
         else if (arg == "--data-dir") { if (!value(options.dataDir)) return false; }
         else if (arg == "--socket") { if (!value(options.socketPath)) return false; }
         else if (arg == "--node") { if (!value(options.nodeName)) return false; }

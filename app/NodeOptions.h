@@ -24,6 +24,8 @@ struct NodeOptions {
     bool configureSite = false; // configure the site's units over EMI, as the object layer will
     bool siteClimate = true;    // with configureSite: make the node primary and configure its cabinet's climate over CMI
     std::string record;         // the plant's recording, a CSV file; empty: none
+    bool rolePassive = false;   // the RPU server gives the load module the passive role
+    bool rpuLater = false;      // the RPU server knows no RPU until one is added
     std::optional<std::uint64_t> runForMs;
     bool help = false;
     bool version = false;

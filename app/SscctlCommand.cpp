@@ -7,6 +7,7 @@
 #include "app/SscctlCmi.h"
 #include "app/SscctlPmi.h"
 #include "app/SscctlEmi.h"
+#include "app/SscctlPlatform.h"
 #include "ose/GatewayClient.h"
 #include "platform/VantoTransactionMgmtClient.h"
 
@@ -83,6 +84,13 @@ const char* sscctlUsage()
            "  sim fan-fail|fan-block|fan-repair FANS\n"
            "                                   events of the plant of a site with <plant>; FANS is a\n"
            "                                   group 1 to 4, or 10 x group + fan (21: group 2, fan 1)\n"
+           "  rpu status|active|passive|shutdown|add|restart\n"
+           "                                   the platform's RPU server: its state; give the load module\n"
+           "                                   another role or tell it to shut down (it restarts either\n"
+           "                                   way); make the RPU known; restart the load module\n"
+           "  ns find NAME                     the process that published NAME at the name server\n"
+           "  objects timer MS                 ask the object process to answer after MS through its own\n"
+           "                                   timers: shows that its receive loop and timers turn\n"
            "\n"
            "Options:\n"
            "  --socket PATH   the node's gateway socket (default: $SSC_SOCKET, else ssc-data/ssc.sock)\n"
@@ -191,6 +199,14 @@ bool parseVerbArgs(ArgReader& in, SscctlCommand& command)
         command.words.assign(in.args.begin() + static_cast<long>(in.i), in.args.end());
         in.i = in.args.size();
         return checkSimArgs(command.words, in.error);
+    case Verb::Rpu:
+    case Verb::Ns:
+    case Verb::Objects:
+        command.words.assign(in.args.begin() + static_cast<long>(in.i), in.args.end());
+        in.i = in.args.size();
+        if (command.verb == Verb::Rpu) return checkRpuArgs(command.words, in.error);
+        return command.verb == Verb::Ns ? checkNsArgs(command.words, in.error)
+                                        : checkObjectsArgs(command.words, in.error);
     default: break;
     }
     while (in.more()) {
@@ -238,6 +254,7 @@ bool parseSscctl(const std::vector<std::string>& args, SscctlCommand& command, s
                                                           {"recv", Verb::Recv}, {"time", Verb::Time},
                                                           {"advance", Verb::Advance}, {"trace", Verb::Trace}, {"transaction", Verb::Transaction},
                                                           {"emi", Verb::Emi}, {"cci", Verb::Cci}, {"cmi", Verb::Cmi}, {"pmi", Verb::Pmi}, {"sim", Verb::Sim},
+                                                          {"rpu", Verb::Rpu}, {"ns", Verb::Ns}, {"objects", Verb::Objects},
                                                           {"help", Verb::Help}};
     for (auto [name, verb] : verbs)
         if (word == name) {
@@ -376,6 +393,9 @@ int runVerb(const SscctlCommand& command, ose::GatewayClient& client, std::ostre
     case Verb::Cmi: return runCmi(command.words, client, out, err);
     case Verb::Pmi: return runPmi(command.words, client, out, err);
     case Verb::Sim: return runSim(command.words, client, out, err);
+    case Verb::Rpu: return runRpu(command.words, client, out, err);
+    case Verb::Ns: return runNs(command.words, client, out, err);
+    case Verb::Objects: return runObjects(command.words, client, out, err);
     case Verb::Help:
         out << sscctlUsage();
         return kDone;

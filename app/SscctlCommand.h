@@ -11,7 +11,7 @@
 namespace app {
 
 struct SscctlCommand {
-    enum class Verb { Hunt, Send, Recv, Time, Advance, Trace, Transaction, Emi, Cci, Cmi, Pmi, Sim, Help };
+    enum class Verb { Hunt, Send, Recv, Time, Advance, Trace, Transaction, Emi, Cci, Cmi, Pmi, Sim, Rpu, Ns, Objects, Help };
     Verb verb = Verb::Help;
     std::string socketPath;
     std::string clientName = "sscctl";
@@ -27,7 +27,7 @@ struct SscctlCommand {
     std::string traceConfig;
     std::vector<std::string> statements;  // transaction --sql
     bool rollback = false;                // transaction --rollback
-    std::vector<std::string> words;       // emi, cci, cmi, pmi: steps; sim: its arguments
+    std::vector<std::string> words;       // emi, cci, cmi, pmi: steps; sim, rpu, ns, objects: their arguments
 };
 
 // Exit codes that scripts can use.

@@ -7,10 +7,13 @@
 #include "ose/Gateway.h"
 #include "ose/Trace.h"
 #include "ose/World.h"
+#include "froBl/froMgmtSwU/export/databaseFacade.h"
 #include "platform/LoadModule.h"
 #include "platform/VantoDb.h"
 #include "sim/A4ciSimServer.h"
 #include "sim/SiteFile.h"
+#include "vanto/VantoNameServer.h"
+#include "vanto/VantoRpuServer.h"
 #include "vanto/VantoTransactionServer.h"
 
 #include <csignal>
@@ -145,9 +148,17 @@ int main(int argc, char** argv)
     VantoDbConfig database;
     database.connectionString =
         options.odbc.empty() ? VantoDb_defaultConnectionString(options.dataDir) : options.odbc;
+    DatabaseFacade::configure(database);
     createTransactionServer(world, node, database);
+    createNameServer(world, node);
+    LoadModule loadModule(world, node);
+    VantoRpuConfig rpu;
+    rpu.role = options.rolePassive ? vanto_cli::RpuRole::Passive : vanto_cli::RpuRole::Active;
+    rpu.rpuKnown = !options.rpuLater;
+    rpu.restartLoadModule = [&loadModule] { loadModule.restart(); };
+    createRpuServer(world, node, std::move(rpu));
     if (!options.site.empty()) sim::A4ciSimServer::start(world, node, cabinet);
-    createCoreProcess(world, node);
+    loadModule.start();
     if (options.demo) demo::startDemoProcesses(world, node);
     if (options.configureSite) site::startSiteConfigurator(world, node, cabinet, options.siteClimate);
     {

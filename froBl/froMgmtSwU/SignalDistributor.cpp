@@ -1,4 +1,5 @@
 #include "froBl/froMgmtSwU/export/SignalDistributor.h"
+#include "froBl/froMgmtSwU/export/supSysSingletons.h"
 
 #include "froBl/froMgmtSwU/export/froTrace.h"
 
@@ -17,8 +18,7 @@ ose::TraceGroupId sigGroup() { return ose::traceGroup<"supSysSigSubscrLU">(); }
 
 SignalDistributor& SignalDistributor::instance()
 {
-    static SignalDistributor distributor;
-    return distributor;
+    return SupSysSingletons::get<SignalDistributor>();
 }
 
 int SignalDistributor::add(ose::SIGSELECT sigNo, const Subscription& subscription)

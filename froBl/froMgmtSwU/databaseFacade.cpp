@@ -1,4 +1,5 @@
 #include "froBl/froMgmtSwU/export/databaseFacade.h"
+#include "froBl/froMgmtSwU/export/supSysSingletons.h"
 
 #include "froBl/froMgmtSwU/export/SignalDistributor.h"
 #include "froBl/froMgmtSwU/export/froTrace.h"
@@ -22,7 +23,8 @@ ProcessDatabase& processDatabase()
     return database;
 }
 
-// The configuration, taken once by the object that will use it.
+// The configuration, read by the database of each object process; once read
+// it is not changed.
 VantoDbConfig takeConfiguration()
 {
     processDatabase().made = true;
@@ -48,9 +50,10 @@ bool DatabaseFacade::configure(VantoDbConfig config)
 
 DatabaseFacade& DatabaseFacade::instance()
 {
-    static VantoTransactionClient platform;
-    static DatabaseFacade facade(takeConfiguration(), platform, &SignalDistributor::instance());
-    return facade;
+    return SupSysSingletons::get<DatabaseFacade>([] {
+        return std::make_unique<DatabaseFacade>(takeConfiguration(), SupSysSingletons::get<VantoTransactionClient>(),
+                                                &SignalDistributor::instance());
+    });
 }
 
 bool DatabaseFacade::retrieveFroAttributes(std::int32_t froId, std::uint32_t froType,

@@ -1,4 +1,5 @@
 #include "froBl/froMgmtSwU/export/fROFactory.h"
+#include "froBl/froMgmtSwU/export/supSysSingletons.h"
 
 #include "froBl/froMgmtSwU/export/defaultAttributes.h"
 #include "froBl/froMgmtSwU/export/dummy_fRO.h"
@@ -10,8 +11,7 @@ using namespace fro_trace;
 
 fROFactory& fROFactory::instance()
 {
-    static fROFactory factory(froIdHandler::instance());
-    return factory;
+    return SupSysSingletons::get<fROFactory>([] { return std::make_unique<fROFactory>(froIdHandler::instance()); });
 }
 
 bool fROFactory::registerType(const std::string& key, FroAllocCallback callback)

@@ -1,4 +1,5 @@
 #include "froBl/froMgmtSwU/export/froIdHandler.h"
+#include "froBl/froMgmtSwU/export/supSysSingletons.h"
 
 #include "froBl/froMgmtSwU/export/froTrace.h"
 
@@ -8,8 +9,7 @@ using namespace fro_trace;
 
 froIdHandler& froIdHandler::instance()
 {
-    static froIdHandler handler;
-    return handler;
+    return SupSysSingletons::get<froIdHandler>();
 }
 
 froIdHandler::TypeIds* froIdHandler::find(std::uint32_t froType)

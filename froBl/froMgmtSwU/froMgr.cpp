@@ -1,4 +1,5 @@
 #include "froBl/froMgmtSwU/export/froMgr.h"
+#include "froBl/froMgmtSwU/export/supSysSingletons.h"
 
 #include "froBl/froMgmtSwU/export/froTrace.h"
 #include "froBl/froMgmtSwU/export/ldn.h"
@@ -15,8 +16,7 @@ froMgr::~froMgr()
 
 froMgr& froMgr::instance()
 {
-    static froMgr table(fROFactory::instance());
-    return table;
+    return SupSysSingletons::get<froMgr>([] { return std::make_unique<froMgr>(fROFactory::instance()); });
 }
 
 fRO* froMgr::createMO(const std::string& ldn, std::uint32_t froType, std::int32_t externalId)

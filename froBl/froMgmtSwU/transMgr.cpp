@@ -1,4 +1,5 @@
 #include "froBl/froMgmtSwU/export/transMgr.h"
+#include "froBl/froMgmtSwU/export/supSysSingletons.h"
 
 #include "froBl/froMgmtSwU/export/fROFactory.h"
 #include "froBl/froMgmtSwU/export/froIdHandler.h"
@@ -33,9 +34,10 @@ transMgr::~transMgr()
 
 transMgr& transMgr::instance()
 {
-    static VantoTransactionClient platform;
-    static transMgr transactions(froMgr::instance(), fROFactory::instance(), platform);
-    return transactions;
+    return SupSysSingletons::get<transMgr>([] {
+        return std::make_unique<transMgr>(froMgr::instance(), fROFactory::instance(),
+                                          SupSysSingletons::get<VantoTransactionClient>());
+    });
 }
 
 // ---- dictionaries -------------------------------------------------------------
