@@ -14,7 +14,7 @@ namespace {
 
 struct ProcessDatabase {
     VantoDbConfig config;
-    bool made = false;
+    int living = 0; // object processes' databases that use config now
 };
 
 ProcessDatabase& processDatabase()
@@ -23,11 +23,10 @@ ProcessDatabase& processDatabase()
     return database;
 }
 
-// The configuration, read by the database of each object process; once read
-// it is not changed.
+// The configuration, read by the database of each object process; while one
+// lives it is not changed.
 VantoDbConfig takeConfiguration()
 {
-    processDatabase().made = true;
     VantoDbConfig config = processDatabase().config;
     // The waits between connection attempts let the rest of the node run.
     if (!config.wait)
@@ -35,12 +34,24 @@ VantoDbConfig takeConfiguration()
     return config;
 }
 
+// The database of an object process, counted while it lives.
+class ProcessDatabaseFacade : public DatabaseFacade {
+public:
+    ProcessDatabaseFacade()
+        : DatabaseFacade(takeConfiguration(), SupSysSingletons::get<VantoTransactionClient>(),
+                         &SignalDistributor::instance())
+    {
+        ++processDatabase().living;
+    }
+    ~ProcessDatabaseFacade() override { --processDatabase().living; }
+};
+
 } // namespace
 
 bool DatabaseFacade::configure(VantoDbConfig config)
 {
     ProcessDatabase& database = processDatabase();
-    if (database.made) {
+    if (database.living > 0) {
         SSC_TRACE(dbGroup(), kError, "NC::DatabaseFacade::configure: the database is in use already, not changed");
         return false;
     }
@@ -50,10 +61,7 @@ bool DatabaseFacade::configure(VantoDbConfig config)
 
 DatabaseFacade& DatabaseFacade::instance()
 {
-    return SupSysSingletons::get<DatabaseFacade>([] {
-        return std::make_unique<DatabaseFacade>(takeConfiguration(), SupSysSingletons::get<VantoTransactionClient>(),
-                                                &SignalDistributor::instance());
-    });
+    return SupSysSingletons::get<ProcessDatabaseFacade>();
 }
 
 bool DatabaseFacade::retrieveFroAttributes(std::int32_t froId, std::uint32_t froType,

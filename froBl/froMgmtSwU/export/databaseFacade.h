@@ -13,8 +13,9 @@ public:
     // configuration given before, on the platform's transaction client and
     // the process's signal distributor; it lives as long as the process.
     static DatabaseFacade& instance();
-    // Sets the database of instance(). False, with a trace, once instance()
-    // has been made: the connection in use is not changed behind its users.
+    // Sets the database of instance(). False, with a trace, while an object
+    // process's instance() lives: the connection in use is not changed
+    // behind its users.
     static bool configure(VantoDbConfig config);
 
     bool retrieveFroAttributes(std::int32_t froId, std::uint32_t froType, std::vector<std::string>& names,
