@@ -26,13 +26,18 @@ ose::PROCESS server()
     return pid;
 }
 
+// The server is found before the signal is made: the caller may be killed
+// while it waits for the platform, and must hold nothing then.
 template <class S>
-void sendWithIdentity(S* signal)
+void sendWithIdentity(const ose::SIGSELECT sigNo, const std::uint32_t rpuId = 0)
 {
+    const ose::PROCESS to = server();
+    auto* signal = ose::alloc_as<S>(sigNo);
+    if constexpr (requires { signal->rpuId; }) signal->rpuId = rpuId;
     const auto identity = VantoCli_identity();
     std::memcpy(signal->identity, identity.data(), identity.size());
     ose::Signal* buffer = reinterpret_cast<ose::Signal*>(signal);
-    ose::send(&buffer, server());
+    ose::send(&buffer, to);
 }
 
 } // namespace
@@ -47,19 +52,15 @@ std::array<char, kIdentitySize> VantoCli_identity()
 
 void VantoCli_getRpuReq()
 {
-    sendWithIdentity(ose::alloc_as<VANTO_CLI_GET_RPU_REQ_S>(VANTO_CLI_GET_RPU_REQ));
+    sendWithIdentity<VANTO_CLI_GET_RPU_REQ_S>(VANTO_CLI_GET_RPU_REQ);
 }
 
 void VantoCli_registerRpuReq(const std::uint32_t rpuId)
 {
-    auto* request = ose::alloc_as<VANTO_CLI_REGISTER_RPU_REQ_S>(VANTO_CLI_REGISTER_RPU_REQ);
-    request->rpuId = rpuId;
-    sendWithIdentity(request);
+    sendWithIdentity<VANTO_CLI_REGISTER_RPU_REQ_S>(VANTO_CLI_REGISTER_RPU_REQ, rpuId);
 }
 
 void VantoCli_restartPgmReq(const std::uint32_t rpuId)
 {
-    auto* request = ose::alloc_as<VANTO_CLI_RESTART_PGM_REQ_S>(VANTO_CLI_RESTART_PGM_REQ);
-    request->rpuId = rpuId;
-    sendWithIdentity(request);
+    sendWithIdentity<VANTO_CLI_RESTART_PGM_REQ_S>(VANTO_CLI_RESTART_PGM_REQ, rpuId);
 }

@@ -64,6 +64,8 @@ void VantoRpuServer::handleSignal(ose::Signal* signal)
 
 void VantoRpuServer::onGetRpu(ose::Signal*, const ose::PROCESS from)
 {
+    SSC_TRACE(vantoGroup(), kFlow, "RPU server: 0x%x asks for its RPU, %s", from,
+              m_config.rpuKnown ? "answered" : "none yet");
     auto* answer = ose::alloc_as<VANTO_CLI_GET_RPU_CFM_S>(VANTO_CLI_GET_RPU_CFM);
     answer->result = 0;
     answer->numberOfRpu = m_config.rpuKnown ? 1 : 0;

@@ -32,17 +32,19 @@ void RpuCtrl::handshake()
     ose::Signal* answer = awaitOnly({VANTO_CLI_GET_RPU_CFM});
     SSC_TRACE(engineGroup(), kFlow, "Received  VANTO_CLI_GET_RPU_CFM");
     const auto* confirm = ose::signal_cast<VANTO_CLI_GET_RPU_CFM_S>(answer);
-    if (confirm != nullptr && confirm->result == 0 && confirm->numberOfRpu != 0) {
-        const std::uint32_t rpuId = confirm->rpuId;
-        SSC_TRACE(engineGroup(), kFlow, "RegisterRpuReq sent to server with rpuId = %d", static_cast<int>(rpuId));
-        VantoCli_registerRpuReq(rpuId);
+    if (confirm == nullptr) SSC_TRACE(engineGroup(), kError, "VANTO_CLI_GET_RPU_CFM too short");
+    const bool hasRpu = confirm != nullptr && confirm->result == 0 && confirm->numberOfRpu != 0;
+    const std::uint32_t confirmedRpu = hasRpu ? static_cast<std::uint32_t>(confirm->rpuId) : 0;
+    // Freed before any further wait: the process may be killed while it waits.
+    ose::free_buf(&answer);
+    if (hasRpu) {
+        SSC_TRACE(engineGroup(), kFlow, "RegisterRpuReq sent to server with rpuId = %d", static_cast<int>(confirmedRpu));
+        VantoCli_registerRpuReq(confirmedRpu);
     } else {
-        if (confirm == nullptr) SSC_TRACE(engineGroup(), kError, "VANTO_CLI_GET_RPU_CFM too short");
         const std::uint32_t rpuId = awaitRpu();
         SSC_TRACE(engineGroup(), kFlow, "registerRpuReq sent to server with rpuId = %d", static_cast<int>(rpuId));
         VantoCli_registerRpuReq(rpuId);
     }
-    ose::free_buf(&answer);
     awaitRole();
     subscribeToServer();
 }
