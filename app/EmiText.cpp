@@ -1,6 +1,7 @@
 #include "app/EmiText.h"
 
 #include "adapters/EmiSignals.h"
+#include "app/SignalLayout.h"
 
 #include <array>
 #include <cstring>
@@ -8,18 +9,11 @@
 namespace emi_text {
 
 using namespace emi;
+using app::layoutOf;
 
 namespace {
 
 constexpr std::array<const char*, 9> kObjectNames{"NODE", "SCU", "SAU", "PSU", "PDU", "BFU", "EFUSE", "PORTGROUP", "CLU"};
-
-template <typename T>
-T layoutOf(const std::string& bytes)
-{
-    T layout{};
-    std::memcpy(&layout, bytes.data(), std::min(bytes.size(), sizeof layout));
-    return layout;
-}
 
 template <std::size_t N>
 std::string text(const char (&field)[N])

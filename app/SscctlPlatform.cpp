@@ -1,5 +1,6 @@
 #include "app/SscctlPlatform.h"
 
+#include "app/SignalLayout.h"
 #include "app/SscctlCommand.h"
 #include "froBl/froMgmtSwU/export/SupSysDiagnosisSignals.h"
 #include "platform/NameServerSignals.h"
@@ -20,20 +21,6 @@ using namespace vanto_cli;
 using namespace std::chrono_literals;
 
 constexpr auto kAnswerWait = 10s;
-
-template <typename T>
-std::string bytesOf(const T& layout)
-{
-    return std::string(reinterpret_cast<const char*>(&layout), sizeof layout);
-}
-
-template <typename T>
-T layoutOf(const std::string& bytes)
-{
-    T layout{};
-    std::memcpy(&layout, bytes.data(), std::min(bytes.size(), sizeof layout));
-    return layout;
-}
 
 std::string hex(std::uint32_t value)
 {

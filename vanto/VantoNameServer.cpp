@@ -34,26 +34,12 @@ VantoNameServer::~VantoNameServer()
 void VantoNameServer::run()
 {
     SSC_TRACE(vantoGroup(), kInfo, "Name server started");
-    for (;;) {
-        ose::Signal* signal = ose::receive(ose::kAnySignal);
-        if (signal == nullptr) continue;
-        handleSignal(signal);
-        ose::free_buf(&signal);
-    }
+    serveVantoSignals(*this);
 }
 
 void VantoNameServer::handleSignal(ose::Signal* signal)
 {
-    const ose::SIGSELECT sigNo = ose::signalNumber(signal);
-    const ose::PROCESS from = ose::sender(&signal);
-    for (const Entry& entry : kTable) {
-        if (entry.sigNo == sigNo) {
-            SSC_TRACE(vantoGroup(), 11, "%s from 0x%x, %u bytes", entry.name, from, ose::sigsize(&signal));
-            (this->*entry.handler)(signal, from);
-            return;
-        }
-    }
-    SSC_TRACE(vantoGroup(), kError, "Name server: unknown signal 0x%x from 0x%x dropped", sigNo, from);
+    dispatchVantoSignal<VantoNameServer>(*this, kTable, signal, "Name server");
 }
 
 void VantoNameServer::onAdd(ose::Signal* signal, const ose::PROCESS from)

@@ -5,6 +5,8 @@
 // process dies the name is free again, so a restarted program can publish
 // it anew.
 
+#include "vanto/VantoSignalTable.h"
+
 #include "ose/Signal.h"
 #include "ose/World.h"
 
@@ -25,12 +27,7 @@ public:
     std::size_t serviceCount() const { return m_services.size(); }
 
 private:
-    using Handler = void (VantoNameServer::*)(ose::Signal*, ose::PROCESS);
-    struct Entry {
-        ose::SIGSELECT sigNo;
-        const char* name;
-        Handler handler;
-    };
+    using Entry = VantoSignalEntry<VantoNameServer>;
     static const Entry kTable[];
 
     void onAdd(ose::Signal* signal, ose::PROCESS from);

@@ -40,26 +40,12 @@ void VantoRpuServer::run()
 {
     SSC_TRACE(vantoGroup(), kInfo, "RPU server started: RPU %u %s, %s", m_config.rpuId,
               m_config.rpuKnown ? "known" : "not known yet", roleText(m_config.role));
-    for (;;) {
-        ose::Signal* signal = ose::receive(ose::kAnySignal);
-        if (signal == nullptr) continue;
-        handleSignal(signal);
-        ose::free_buf(&signal);
-    }
+    serveVantoSignals(*this);
 }
 
 void VantoRpuServer::handleSignal(ose::Signal* signal)
 {
-    const ose::SIGSELECT sigNo = ose::signalNumber(signal);
-    const ose::PROCESS from = ose::sender(&signal);
-    for (const Entry& entry : kTable) {
-        if (entry.sigNo == sigNo) {
-            SSC_TRACE(vantoGroup(), 11, "%s from 0x%x, %u bytes", entry.name, from, ose::sigsize(&signal));
-            (this->*entry.handler)(signal, from);
-            return;
-        }
-    }
-    SSC_TRACE(vantoGroup(), kError, "RPU server: unknown signal 0x%x from 0x%x dropped", sigNo, from);
+    dispatchVantoSignal<VantoRpuServer>(*this, kTable, signal, "RPU server");
 }
 
 void VantoRpuServer::onGetRpu(ose::Signal*, const ose::PROCESS from)

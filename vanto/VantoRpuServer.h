@@ -7,6 +7,8 @@
 
 #include "platform/VantoCliSignals.h"
 
+#include "vanto/VantoSignalTable.h"
+
 #include "ose/Signal.h"
 #include "ose/World.h"
 
@@ -35,12 +37,7 @@ public:
     void handleSignal(ose::Signal* signal);
 
 private:
-    using Handler = void (VantoRpuServer::*)(ose::Signal*, ose::PROCESS);
-    struct Entry {
-        ose::SIGSELECT sigNo;
-        const char* name;
-        Handler handler;
-    };
+    using Entry = VantoSignalEntry<VantoRpuServer>;
     static const Entry kTable[];
 
     void onGetRpu(ose::Signal* signal, ose::PROCESS from);

@@ -51,25 +51,12 @@ VantoTransactionServer::~VantoTransactionServer()
 void VantoTransactionServer::run()
 {
     SSC_TRACE(vantoGroup(), kInfo, "Transaction server started");
-    for (;;) {
-        ose::Signal* signal = ose::receive(ose::kAnySignal);
-        handleSignal(signal);
-        ose::free_buf(&signal);
-    }
+    serveVantoSignals(*this);
 }
 
 void VantoTransactionServer::handleSignal(ose::Signal* signal)
 {
-    const ose::SIGSELECT sigNo = ose::signalNumber(signal);
-    const ose::PROCESS from = ose::sender(&signal);
-    for (const Entry& entry : kTable) {
-        if (entry.sigNo == sigNo) {
-            SSC_TRACE(vantoGroup(), 11, "%s from 0x%x, %u bytes", entry.name, from, ose::sigsize(&signal));
-            (this->*entry.handler)(signal, from);
-            return;
-        }
-    }
-    SSC_TRACE(vantoGroup(), kError, "Unknown signal 0x%x from 0x%x dropped", sigNo, from);
+    dispatchVantoSignal<VantoTransactionServer>(*this, kTable, signal, "Transaction server");
 }
 
 // ---- bookkeeping -------------------------------------------------------------

@@ -10,6 +10,8 @@
 #include "vanto/VantoServerTransaction.h"
 #include "vanto/VantoSqlRunner.h"
 
+#include "vanto/VantoSignalTable.h"
+
 #include "ose/Signal.h"
 #include "ose/World.h"
 
@@ -33,12 +35,7 @@ public:
     std::size_t openTransactions() const { return m_transactions.size(); }
 
 private:
-    using Handler = void (VantoTransactionServer::*)(ose::Signal*, ose::PROCESS);
-    struct Entry {
-        ose::SIGSELECT sigNo;
-        const char* name;
-        Handler handler;
-    };
+    using Entry = VantoSignalEntry<VantoTransactionServer>;
     static const Entry kTable[];
 
     void onCreate(ose::Signal* signal, ose::PROCESS from);

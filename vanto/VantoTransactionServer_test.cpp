@@ -328,7 +328,7 @@ TEST_F(VantoTransactionServerTest, BadSignalsAreTracedAndRefusedAndTheServerGoes
     for (const char* words : {"VANTO_TRANS_CREATE_REQ from", "VANTO_TRANS_REGISTER_REQ from",
                               "VANTO_TRANS_COMMIT_REQ from", "VANTO_TRANS_SQL_IND: unknown transaction 2130706432",
                               "VANTO_TRANS_CONNECT_REQ from", "VANTO_TRANS_CLIENT_DOWN_IND from",
-                              "Unknown signal 0x1234", "a statement without its last piece",
+                              "Transaction server: unknown signal 0x1234", "a statement without its last piece",
                               "VANTO_TRANS_SQL_PART_IND of 16008 bytes", "has no end"})
         EXPECT_TRUE(trace.contains(words)) << words;
 }
