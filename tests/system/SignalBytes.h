@@ -3,6 +3,7 @@
 // a signal layout as bytes and back, the next signal of a number, files
 // the node writes.
 
+#include "app/SignalLayout.h"
 #include "ose/GatewayClient.h"
 
 #include <gtest/gtest.h>
@@ -19,20 +20,8 @@
 
 namespace systemtest {
 
-template <typename T>
-std::string bytesOf(const T& layout)
-{
-    return std::string(reinterpret_cast<const char*>(&layout), sizeof layout);
-}
-
-// A short signal leaves the rest of the layout zero.
-template <typename T>
-T layoutOf(const std::string& bytes)
-{
-    T layout{};
-    std::memcpy(&layout, bytes.data(), std::min(bytes.size(), sizeof layout));
-    return layout;
-}
+using app::bytesOf;
+using app::layoutOf; // a short signal leaves the rest of the layout zero
 
 inline std::string readFile(const std::string& path)
 {

@@ -2,6 +2,7 @@
 // Trace groups of the object process's frame: its engine, signal
 // distribution, timers, the way to the core and the name server.
 
+#include "froBl/froMgmtSwU/export/froTrace.h"
 #include "ose/Trace.h"
 
 namespace sup_sys_trace {
@@ -12,13 +13,12 @@ inline ose::TraceGroupId communicationGroup() { return ose::traceGroup<"supSysCo
 inline ose::TraceGroupId nameServerGroup() { return ose::traceGroup<"supSysNsiSwU">(); }
 inline ose::TraceGroupId managementGroup() { return ose::traceGroup<"supSysMgmtSwU">(); }
 
-// Levels of the object process.
-inline constexpr unsigned kError = 1;
-inline constexpr unsigned kInfo = 4;
-inline constexpr unsigned kUnexpected = 5;
-inline constexpr unsigned kFlow6 = 6;
-inline constexpr unsigned kFlow = 7;
-inline constexpr unsigned kSignalName = 11;
+// Levels of the object process: those of the object layer, and the signal
+// levels of the frame.
+using fro_trace::kError;
+using fro_trace::kFlow;
+using fro_trace::kInfo;
+using fro_trace::kUnexpected;
 inline constexpr unsigned kSent = 15;
 inline constexpr unsigned kReceived = 16;
 
