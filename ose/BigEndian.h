@@ -82,6 +82,17 @@ inline void storeBe32(void* p, std::uint32_t v)
     b[2] = static_cast<unsigned char>(v >> 8);
     b[3] = static_cast<unsigned char>(v);
 }
+inline std::uint16_t loadBe16(const void* p)
+{
+    const auto* b = static_cast<const unsigned char*>(p);
+    return static_cast<std::uint16_t>((b[0] << 8) | b[1]);
+}
+inline void storeBe16(void* p, std::uint16_t v)
+{
+    auto* b = static_cast<unsigned char*>(p);
+    b[0] = static_cast<unsigned char>(v >> 8);
+    b[1] = static_cast<unsigned char>(v);
+}
 
 } // namespace ose
 

@@ -7,6 +7,7 @@
 #include "froBl/froMgmtSwU/export/SupSysDiagnosisSignals.h"
 #include "frame/testSupport/TraceCapture.h"
 #include "platform/VantoCliSignals.h"
+#include "vanto/VantoNameServer.h"
 #include "vanto/VantoRpuServer.h"
 #include "vanto/VantoTransactionServer.h"
 #include "vanto/testSupport/sqliteFile.h"
@@ -29,10 +30,12 @@ constexpr const char* kCoreServers[] = {"ssc_cabinet_management_server", "ssc_eq
 
 class SupSysCtrlEngineTest : public TestWorld {
 protected:
-    // The object process with the platform's transaction server beside it.
+    // The object process with the platform's transaction and name servers
+    // beside it.
     PROCESS startObjectProcess()
     {
         createTransactionServer(world(), node(), m_database.config());
+        createNameServer(world(), node());
         m_objects = spawn(kSupSysProcessName, supSysMain);
         return m_objects;
     }
@@ -139,7 +142,7 @@ TEST_F(SupSysCtrlEngineTest, AnActiveLoadModuleWaitsForALateCoreBeforeItsLoopTak
     EXPECT_LT(at("registerService, service = 0"), at("registerService, service = 3"));
     EXPECT_LT(at("registerService, service = 3"), at("registerService, service = 2"));
     EXPECT_LT(at("registerService, service = 2"), at("Support system control is now ready to receive signals"));
-    EXPECT_NE(at("Support System Control received signal: 0x01705101"), std::string::npos);
+    EXPECT_NE(at("Support System Control received signal: 0x01705110"), std::string::npos);
 }
 
 TEST_F(SupSysCtrlEngineTest, APassiveLoadModuleBringsNothingUpAndTurnsEveryLaterRoleWordIntoARestart)
@@ -182,7 +185,7 @@ TEST_F(SupSysCtrlEngineTest, APassiveLoadModuleBringsNothingUpAndTurnsEveryLater
     EXPECT_NE(text.find("Received VANTO_CLI_PASSIVE_RPU, requesting a restart"), std::string::npos);
     EXPECT_NE(text.find("Received VANTO_CLI_SHUTDOWN_RPU, requesting a restart"), std::string::npos);
     EXPECT_NE(text.find("Received VANTO_CLI_REMOVE_RPU_IND"), std::string::npos);
-    EXPECT_NE(text.find("Support System Control received an unknown signal(0x01705101)"), std::string::npos);
+    EXPECT_NE(text.find("Support System Control received an unknown signal(0x01705110)"), std::string::npos);
     EXPECT_NE(text.find("too short, ignored"), std::string::npos);
 }
 

@@ -82,7 +82,7 @@ TEST(ObjectProcessSystemTest, TheObjectProcessTakesItsRoleReachesTheCoreAndItsTi
     for (const char* service : {"service = 0", "service = 1", "service = 2", "service = 3"})
         EXPECT_NE(text.find(std::string("registerService, ") + service), std::string::npos) << service;
     EXPECT_NE(text.find("Support system control is now ready to receive signals"), std::string::npos);
-    EXPECT_NE(text.find("Support System Control received signal: 0x01705101"), std::string::npos);
+    EXPECT_NE(text.find("Support System Control received signal: 0x01705110"), std::string::npos);
 }
 
 TEST(ObjectProcessSystemTest, ARestartOnRequestBringsBothProcessesBackAndTheDatabaseKeepsWhatWasCommitted)
@@ -138,7 +138,7 @@ TEST(ObjectProcessSystemTest, APassiveNodeKeepsItsObjectLayerDownUntilItIsMadeAc
     ASSERT_TRUE(client.connect(node.socketPath(), "prober"));
     const auto objects = client.hunt("support_system_control_thread", 0);
     ASSERT_TRUE(objects && *objects != 0);
-    ASSERT_TRUE(client.send(*objects, bytesOf(SUP_SYS_PROBE{0x1705101, 7, 10})));
+    ASSERT_TRUE(client.send(*objects, bytesOf(SUP_SYS_PROBE{0x1705110, 7, 10})));
     EXPECT_FALSE(client.next(std::chrono::milliseconds(500)).has_value());
     client.close();
 

@@ -8,8 +8,8 @@
 
 inline constexpr const char* kSupSysProcessName = "support_system_control_thread";
 
-inline constexpr ose::SIGSELECT SUP_SYS_DIAG_TIMER_REQ = 0x1705101;
-inline constexpr ose::SIGSELECT SUP_SYS_DIAG_TIMER_CFM = 0x1705102;
+inline constexpr ose::SIGSELECT SUP_SYS_DIAG_TIMER_REQ = 0x1705110;
+inline constexpr ose::SIGSELECT SUP_SYS_DIAG_TIMER_CFM = 0x1705111;
 
 struct SUP_SYS_DIAG_TIMER_REQ_S {
     ose::be_u32 sigNo;

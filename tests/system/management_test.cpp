@@ -1,0 +1,286 @@
+// A management client of the node, written from the gateway document alone:
+// it finds the management service at the name server, opens transactions at
+// the transaction server and creates, sets, gets, deletes and acts on
+// managed objects with MAOFRO signals; the database holds exactly what was
+// committed.
+
+#include "app/GatewayTransactionPort.h"
+#include "platform/VantoDb.h"
+#include "platform/VantoTransactionMgmtClient.h"
+#include "platform/testSupport/odbcQuery.h"
+#include "tests/system/NodeProcess.h"
+#include "tests/system/SignalBytes.h"
+
+#include "ose/BigEndian.h"
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <optional>
+
+namespace systemtest {
+namespace {
+
+constexpr std::uint32_t kCreateReq = 0xB0061, kCreateCfm = 0xB0062, kDeleteReq = 0xB0063, kDeleteCfm = 0xB0064,
+                        kGetReq = 0xB0065, kGetCfm = 0xB0066, kSetReq = 0xB0067, kSetCfm = 0xB0068,
+                        kActionNoCfmReq = 0xB0073, kActionReq = 0xB0077, kActionCfm = 0xB0078,
+                        kInServiceReq = 0xB0021, kInServiceCfm = 0xB0022;
+constexpr std::uint32_t kCabinet = 0x7040000, kHwUnit = 0x7040002, kPowerSupply = 0x7040009;
+
+std::string word(std::uint32_t value)
+{
+    std::string bytes(4, '\0');
+    ose::storeBe32(bytes.data(), value);
+    return bytes;
+}
+
+std::uint32_t wordAt(const std::string& bytes, std::size_t offset)
+{
+    return bytes.size() >= offset + 4 ? ose::loadBe32(bytes.data() + offset) : 0xDEADBEEFu;
+}
+
+// An attribute block: type, element count and zero, length, the text.
+std::string block(std::uint32_t type, const std::string& text)
+{
+    const std::uint32_t length = static_cast<std::uint32_t>((text.size() + 4) & ~std::size_t{3});
+    std::string bytes = word(type) + std::string("\0\1\0\0", 4) + word(length) + text;
+    bytes.resize(bytes.size() + (length - text.size()), '\0');
+    return bytes;
+}
+
+// A request of that number with the body in the layout the document gives.
+std::string request(std::uint32_t sigNo, std::uint32_t transactionId, std::uint32_t froId, std::uint32_t froType,
+                    const std::string& xml, std::uint32_t count = 2, std::uint32_t type = 21)
+{
+    std::string head = word(sigNo) + word(transactionId);
+    if (sigNo == kCreateReq) head += word(0) + word(froType) + word(count);
+    else if (sigNo == kActionReq || sigNo == kActionNoCfmReq) head += word(0) + word(0) + word(froType) + word(0) + word(count);
+    else head += word(froId) + word(0) + word(froType) + word(count);
+    return head + block(type, xml);
+}
+
+std::string mim(const std::string& ldn, const std::string& body)
+{
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<mim version=\"1.0\">\n<class ldn=\"" + ldn + "\">\n" +
+           body + "</class>\n</mim>\n";
+}
+
+std::string attr(const std::string& name, const std::string& type, const std::string& value)
+{
+    return "<attr name=\"" + name + "\" type=\"" + type + "\" value=\"" + value + "\"/>\n";
+}
+
+// The text of a confirmation's attribute block that starts at `offset`.
+std::string textAt(const std::string& bytes, std::size_t offset)
+{
+    if (bytes.size() <= offset + 12) return {};
+    const std::string text = bytes.substr(offset + 12);
+    return text.substr(0, text.find('\0'));
+}
+
+class ManagementClient {
+public:
+    explicit ManagementClient(const NodeProcess& node) : m_port(m_client), m_transactions(m_port)
+    {
+        EXPECT_TRUE(m_client.connect(node.socketPath(), "manager"));
+        // The service's process, from the name server.
+        const std::string name = "ZORV_SUP_SYS_CTRL_MGMT_SERVICE";
+        const std::uint32_t field = static_cast<std::uint32_t>((name.size() + 4) & ~std::size_t{3});
+        std::string find = word(31602) + word(field) + name;
+        find.resize(8 + field, '\0');
+        for (int i = 0; i < 50 && m_service == 0; ++i) {
+            const auto ns = m_client.hunt("ose_ns", 0);
+            if (!ns || !m_client.send(*ns, find)) break;
+            const auto reply = nextOf(m_client, 31603);
+            if (reply && wordAt(reply->bytes, 4) == 0) m_service = wordAt(reply->bytes, 8);
+        }
+        EXPECT_NE(m_service, 0u) << "the management service was not published";
+    }
+
+    std::int32_t begin()
+    {
+        std::int32_t id = 0;
+        EXPECT_EQ(m_transactions.create(id), vanto_trans::TransResult::Ok);
+        return id;
+    }
+    bool commit(std::int32_t id) { return m_transactions.commit(id) == vanto_trans::TransResult::Ok; }
+    bool rollback(std::int32_t id) { return m_transactions.rollback(id) == vanto_trans::TransResult::Ok; }
+
+    // Sends the bytes and gives the answer of that number.
+    std::string ask(const std::string& bytes, std::uint32_t answerNo)
+    {
+        EXPECT_TRUE(m_client.send(m_service, bytes));
+        const auto answer = nextOf(m_client, answerNo);
+        return answer ? answer->bytes : std::string();
+    }
+    bool send(const std::string& bytes) { return m_client.send(m_service, bytes); }
+    ose::GatewayClient& client() { return m_client; }
+
+    // Create: result and id, or the error text.
+    struct Created {
+        std::uint32_t result;
+        std::uint32_t froId;
+        std::string error;
+    };
+    Created create(std::int32_t tid, std::uint32_t froType, const std::string& xml)
+    {
+        const std::string cfm = ask(request(kCreateReq, static_cast<std::uint32_t>(tid), 0, froType, xml), kCreateCfm);
+        return {wordAt(cfm, 12), wordAt(cfm, 8), textAt(cfm, 20)};
+    }
+    // Get: the XML text, or the error text; result 0 on success.
+    std::pair<std::uint32_t, std::string> get(std::int32_t tid, std::uint32_t froType, const std::string& ldn)
+    {
+        const std::string cfm = ask(request(kGetReq, static_cast<std::uint32_t>(tid), 0, froType, mim(ldn, "")), kGetCfm);
+        return {wordAt(cfm, 8), textAt(cfm, 16)};
+    }
+
+private:
+    ose::GatewayClient m_client;
+    app::GatewayTransactionPort m_port;
+    VantoTransactionMgmtClient m_transactions;
+    std::uint32_t m_service = 0;
+};
+
+odbc_query::Rows stored(const NodeProcess& node, const std::string& sql)
+{
+    VantoDbHandles probe;
+    VantoDbConfig config;
+    config.connectionString = VantoDb_defaultConnectionString(node.dataDir());
+    auto rows = odbc_query::run(probe, config, sql);
+    VantoDb_disconnect(probe);
+    return rows;
+}
+
+// Every stored object of every class, as "table:count".
+std::vector<std::string> storedObjects(const NodeProcess& node)
+{
+    std::vector<std::string> counts;
+    for (const auto& table : stored(node, "select name from sqlite_master where name like 'apc_frodata_%' order by name"))
+        counts.push_back(table[0] + ":" + stored(node, "select count(*) from " + table[0])[0][0]);
+    return counts;
+}
+
+bool contains(const std::string& text, const std::string& words) { return text.find(words) != std::string::npos; }
+
+TEST(ManagementSystemTest, CreateSetGetDeleteInCommittedAndRolledBackTransactions)
+{
+    NodeProcess node({"--clock", "virtual"});
+    ManagementClient manager(node);
+
+    const std::int32_t first = manager.begin();
+    const auto cabinet = manager.create(first, kCabinet,
+                                        mim("Cabinet=1", attr("cabinetIdentifier", "STRING", "north") +
+                                                             attr("smokeDetector", "S32", "1")));
+    ASSERT_EQ(cabinet.result, 0u) << cabinet.error;
+    // Seen in its transaction, not outside it, until the commit.
+    EXPECT_EQ(manager.get(0, kCabinet, "Cabinet=1").first, 1u);
+    ASSERT_TRUE(manager.commit(first));
+    const auto afterCommit = manager.get(0, kCabinet, "Cabinet=1");
+    EXPECT_EQ(afterCommit.first, 0u) << afterCommit.second;
+    EXPECT_TRUE(contains(afterCommit.second, "name=\"cabinetIdentifier\" type=\"STRING\" value=\"north\""))
+        << afterCommit.second;
+
+    const std::int32_t second = manager.begin();
+    const std::string setCfm = manager.ask(request(kSetReq, static_cast<std::uint32_t>(second), cabinet.froId, kCabinet,
+                                                   mim("Cabinet=1", attr("smokeDetector", "S32", "0"))),
+                                           kSetCfm);
+    EXPECT_EQ(wordAt(setCfm, 8), 0u) << textAt(setCfm, 16);
+    const auto gone = manager.create(second, kCabinet, mim("Cabinet=2", ""));
+    ASSERT_EQ(gone.result, 0u) << gone.error;
+    ASSERT_TRUE(manager.rollback(second));
+    EXPECT_TRUE(contains(manager.get(0, kCabinet, "Cabinet=1").second, "name=\"smokeDetector\" type=\"S32\" value=\"1\""));
+    EXPECT_EQ(manager.get(0, kCabinet, "Cabinet=2").first, 1u);
+
+    const std::int32_t third = manager.begin();
+    const std::string deleteCfm =
+        manager.ask(request(kDeleteReq, static_cast<std::uint32_t>(third), cabinet.froId, kCabinet, mim("Cabinet=1", "")),
+                    kDeleteCfm);
+    EXPECT_EQ(wordAt(deleteCfm, 8), 0u) << textAt(deleteCfm, 16);
+    // An object that exists nowhere is deleted without a word.
+    const std::string nothing =
+        manager.ask(request(kDeleteReq, static_cast<std::uint32_t>(third), 77, kCabinet, mim("Cabinet=77", "")), kDeleteCfm);
+    EXPECT_EQ(wordAt(nothing, 8), 0u);
+    const auto classDefaults = manager.create(third, kCabinet, mim("Cabinet=3", ""));
+    ASSERT_EQ(classDefaults.result, 0u);
+    ASSERT_TRUE(manager.commit(third));
+
+    EXPECT_EQ(manager.get(0, kCabinet, "Cabinet=1").first, 1u);
+    EXPECT_TRUE(contains(manager.get(0, kCabinet, "Cabinet=3").second, "name=\"smokeDetector\" type=\"S32\" value=\"0\""));
+    EXPECT_EQ(stored(node, "select count(*) from apc_frodata_cabinet_initial"), (odbc_query::Rows{{"1"}}));
+}
+
+TEST(ManagementSystemTest, BadRequestsAreRefusedWithTheirTextsAndNothingIsStored)
+{
+    NodeProcess node({"--clock", "virtual"});
+    ManagementClient manager(node);
+    const std::int32_t tid = manager.begin();
+    const auto refused = [&](const std::string& bytes) {
+        const std::string cfm = manager.ask(bytes, kCreateCfm);
+        EXPECT_EQ(wordAt(cfm, 12), 1u);
+        return textAt(cfm, 20);
+    };
+    const auto t = static_cast<std::uint32_t>(tid);
+    EXPECT_EQ(refused(request(kCreateReq, t, 0, kCabinet, mim("Cabinet=1", ""), 3)), "Failed to extract XML data.");
+    EXPECT_EQ(refused(request(kCreateReq, t, 0, kCabinet, mim("Cabinet=1", ""), 2, 9)), "Failed to extract XML data.");
+    EXPECT_EQ(refused(request(kCreateReq, t, 0, kCabinet, "<mim><class ldn=")), "Failed to read XML data.");
+    std::string unterminated = request(kCreateReq, t, 0, kCabinet, mim("Cabinet=1", ""));
+    unterminated.resize(unterminated.size() - 8); // the text ends without its NUL
+    EXPECT_EQ(refused(unterminated), "Failed to extract XML data.");
+    std::string pastTheEnd = request(kCreateReq, t, 0, kCabinet, mim("Cabinet=1", ""));
+    ose::storeBe32(pastTheEnd.data() + 28, 0x7fffffff); // a length far beyond the signal, and no NUL
+    for (std::size_t i = 32; i < pastTheEnd.size(); ++i)
+        if (pastTheEnd[i] == '\0') pastTheEnd[i] = ' ';
+    EXPECT_EQ(refused(pastTheEnd), "Failed to extract XML data.");
+    EXPECT_EQ(refused(word(kCreateReq) + word(t)), "Failed to extract XML data.");
+    EXPECT_TRUE(contains(refused(request(kCreateReq, t, 0, 0x7040077, mim("Gadget=1", ""))), "Failed to create FRO"));
+    EXPECT_TRUE(contains(refused(request(kCreateReq, t, 0, kCabinet,
+                                         mim("Cabinet=1", attr("smokeDetector", "S32", "many")))),
+                         "Cabinet=1"));
+    // A PSU needs its power supply, which may come in the same transaction.
+    const std::string psu = mim("Cabinet=1,HwUnit=PSU-1", attr("unitType", "STRING", "PSU"));
+    EXPECT_EQ(refused(request(kCreateReq, t, 0, kHwUnit, psu)), "Create requirements not fulfilled for HwUnit");
+    EXPECT_EQ(refused(request(kCreateReq, t, 0, kHwUnit, mim("HwUnit=X", attr("unitType", "STRING", "XYZ")))),
+              "Unknown Unit Type.");
+    ASSERT_TRUE(manager.commit(tid));
+    for (const std::string& count : storedObjects(node)) EXPECT_TRUE(contains(count, ":0")) << count;
+
+    const std::int32_t together = manager.begin();
+    EXPECT_EQ(manager.create(together, kPowerSupply, mim("PowerSupply=1", "")).result, 0u);
+    const auto unit = manager.create(together, kHwUnit, psu);
+    EXPECT_EQ(unit.result, 0u) << unit.error;
+    EXPECT_TRUE(manager.commit(together));
+    EXPECT_EQ(manager.get(0, kHwUnit, "Cabinet=1,HwUnit=PSU-1").first, 0u);
+}
+
+TEST(ManagementSystemTest, ActionsInServiceAndSignalsThatAreNotForTheHandler)
+{
+    NodeProcess node({"--clock", "virtual"});
+    ManagementClient manager(node);
+    const std::int32_t tid = manager.begin();
+    ASSERT_EQ(manager.create(tid, kCabinet, mim("Cabinet=1", "")).result, 0u);
+    ASSERT_TRUE(manager.commit(tid));
+    const std::string action = "<?xml version=\"1.0\" ?>\n<mim version=\"1.0\">\n<class ldn=\"Cabinet=1\">\n"
+                               "<action name=\"reset\">\n</action>\n</class>\n</mim>\n";
+    // No controller runs actions yet: the action cannot be started.
+    const std::string cfm = manager.ask(request(kActionReq, 0, 0, kCabinet, action), kActionCfm);
+    EXPECT_EQ(wordAt(cfm, 8), 0x1040001u);
+    EXPECT_EQ(textAt(cfm, 16), "action was not performed");
+    const std::string unknown = manager.ask(request(kActionReq, 0, 0, kCabinet, mim("Cabinet=9", "")), kActionCfm);
+    EXPECT_EQ(wordAt(unknown, 8), 0x1040001u);
+    // Without a confirmation nothing comes back, also for an unknown object.
+    EXPECT_TRUE(manager.send(request(kActionNoCfmReq, 0, 0, kCabinet, action)));
+
+    std::string inService = word(kInServiceReq) + word(3) + word(0) + word(0) + word(1) + word(10) +
+                            std::string("\0\1\0\0", 4) + word(8) + std::string("R1A\0\0\0\0\0", 8);
+    const std::string served = manager.ask(inService, kInServiceCfm);
+    EXPECT_EQ(served.size(), 132u);
+    EXPECT_EQ(wordAt(served, 4), 3u);
+    EXPECT_EQ(wordAt(served, 8), 1u);
+    EXPECT_EQ(served.substr(40, 3), "R1A");
+    EXPECT_EQ(wordAt(manager.ask(word(kInServiceReq) + word(3), kInServiceCfm), 8), 3u) << "a short one fails";
+    EXPECT_FALSE(manager.client().next(std::chrono::milliseconds(200)).has_value())
+        << "the action without confirmation answered";
+}
+
+} // namespace
+} // namespace systemtest
