@@ -7,6 +7,7 @@
 #include "app/SscctlCmi.h"
 #include "app/SscctlPmi.h"
 #include "app/SscctlEmi.h"
+#include "app/SscctlMo.h"
 #include "app/SscctlPlatform.h"
 #include "ose/GatewayClient.h"
 #include "platform/VantoTransactionMgmtClient.h"
@@ -89,6 +90,15 @@ const char* sscctlUsage()
            "                                   another role or tell it to shut down (it restarts either\n"
            "                                   way); make the RPU known; restart the load module\n"
            "  ns find NAME                     the process that published NAME at the name server\n"
+           "  mo [--rollback] STEP...          the management client's part of one transaction, the steps in\n"
+           "                                   order, then a commit (or a roll-back):\n"
+           "                                     create LDN [NAME[:TYPE]=VALUE]...\n"
+           "                                     set LDN[#ID] NAME[:TYPE]=VALUE...   (ID: the object's id, which\n"
+           "                                                create prints; not needed for one made in the run)\n"
+           "                                     get LDN [NAME]... | delete LDN[#ID]\n"
+           "                                     action LDN NAME [NAME[:TYPE]=VALUE]...\n"
+           "                                     watch MS   print fault, cease, change and event indications\n"
+           "                                   TYPE defaults to the class's own, else S32 or STRING by the value.\n"
            "  objects timer MS                 ask the object process to answer after MS through its own\n"
            "                                   timers: shows that its receive loop and timers turn\n"
            "\n"
@@ -199,6 +209,16 @@ bool parseVerbArgs(ArgReader& in, SscctlCommand& command)
         command.words.assign(in.args.begin() + static_cast<long>(in.i), in.args.end());
         in.i = in.args.size();
         return checkSimArgs(command.words, in.error);
+    case Verb::Mo: {
+        // mo's own option comes first; the rest are its steps.
+        while (in.more() && in.args[in.i] == "--rollback") {
+            command.rollback = true;
+            ++in.i;
+        }
+        command.words.assign(in.args.begin() + static_cast<long>(in.i), in.args.end());
+        in.i = in.args.size();
+        return checkMoSteps(command.words, in.error);
+    }
     case Verb::Rpu:
     case Verb::Ns:
     case Verb::Objects:
@@ -254,7 +274,7 @@ bool parseSscctl(const std::vector<std::string>& args, SscctlCommand& command, s
                                                           {"recv", Verb::Recv}, {"time", Verb::Time},
                                                           {"advance", Verb::Advance}, {"trace", Verb::Trace}, {"transaction", Verb::Transaction},
                                                           {"emi", Verb::Emi}, {"cci", Verb::Cci}, {"cmi", Verb::Cmi}, {"pmi", Verb::Pmi}, {"sim", Verb::Sim},
-                                                          {"rpu", Verb::Rpu}, {"ns", Verb::Ns}, {"objects", Verb::Objects},
+                                                          {"rpu", Verb::Rpu}, {"ns", Verb::Ns}, {"objects", Verb::Objects}, {"mo", Verb::Mo},
                                                           {"help", Verb::Help}};
     for (auto [name, verb] : verbs)
         if (word == name) {
@@ -396,6 +416,7 @@ int runVerb(const SscctlCommand& command, ose::GatewayClient& client, std::ostre
     case Verb::Rpu: return runRpu(command.words, client, out, err);
     case Verb::Ns: return runNs(command.words, client, out, err);
     case Verb::Objects: return runObjects(command.words, client, out, err);
+    case Verb::Mo: return runMo(command.words, command.rollback, client, out, err);
     case Verb::Help:
         out << sscctlUsage();
         return kDone;

@@ -11,7 +11,7 @@
 namespace app {
 
 struct SscctlCommand {
-    enum class Verb { Hunt, Send, Recv, Time, Advance, Trace, Transaction, Emi, Cci, Cmi, Pmi, Sim, Rpu, Ns, Objects, Help };
+    enum class Verb { Hunt, Send, Recv, Time, Advance, Trace, Transaction, Emi, Cci, Cmi, Pmi, Sim, Rpu, Ns, Objects, Mo, Help };
     Verb verb = Verb::Help;
     std::string socketPath;
     std::string clientName = "sscctl";
@@ -26,7 +26,7 @@ struct SscctlCommand {
     std::uint64_t advanceMs = 0;
     std::string traceConfig;
     std::vector<std::string> statements;  // transaction --sql
-    bool rollback = false;                // transaction --rollback
+    bool rollback = false;                // transaction, mo --rollback
     std::vector<std::string> words;       // emi, cci, cmi, pmi: steps; sim, rpu, ns, objects: their arguments
 };
 

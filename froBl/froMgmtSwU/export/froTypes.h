@@ -59,4 +59,13 @@ constexpr std::string_view className(std::uint32_t froType)
     return {};
 }
 
+// The class number of a class name; 0 for a name that is no class.
+constexpr std::uint32_t froType(std::string_view name)
+{
+    for (const FroClass& c : kClasses)
+        if (c.name == name)
+            return c.froType;
+    return 0;
+}
+
 } // namespace fro_types
