@@ -1,6 +1,7 @@
 #include "froBl/froMgmtSwU/export/SupSysCtrlEngine.h"
 
 #include "froBl/froMgmtSwU/export/CtrlCommunicationIf.h"
+#include "froBl/froMgmtSwU/export/IndHandler.h"
 #include "froBl/froMgmtSwU/export/RpuCtrl.h"
 #include "froBl/froMgmtSwU/export/SignalDistributor.h"
 #include "froBl/froMgmtSwU/export/SupSysDiagnosis.h"
@@ -35,6 +36,7 @@ void SupSysCtrlEngine::start()
 void SupSysCtrlEngine::init()
 {
     CtrlCommunicationIf::instance().init();
+    IndHandler::instance().init();
     Timer::instance().init();
     SupSysDiagnosis::instance().init();
     SupSysMgmt::instance().init();
