@@ -13,6 +13,7 @@
 #include "platform/VantoTransactionMgmtClient.h"
 
 #include <cctype>
+#include <filesystem>
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
@@ -98,6 +99,8 @@ const char* sscctlUsage()
            "                                     get LDN [NAME]... | delete LDN[#ID]\n"
            "                                     action LDN NAME [NAME[:TYPE]=VALUE]...\n"
            "                                     watch MS   print fault, cease, change and event indications\n"
+           "                                     list       the committed objects and their ids, read from the\n"
+           "                                                node's database in the socket's folder\n"
            "                                   TYPE defaults to the class's own, else S32 or STRING by the value.\n"
            "  objects timer MS                 ask the object process to answer after MS through its own\n"
            "                                   timers: shows that its receive loop and timers turn\n"
@@ -416,7 +419,10 @@ int runVerb(const SscctlCommand& command, ose::GatewayClient& client, std::ostre
     case Verb::Rpu: return runRpu(command.words, client, out, err);
     case Verb::Ns: return runNs(command.words, client, out, err);
     case Verb::Objects: return runObjects(command.words, client, out, err);
-    case Verb::Mo: return runMo(command.words, command.rollback, client, out, err);
+    case Verb::Mo: {
+        const std::string dir = std::filesystem::path(command.socketPath).parent_path().string();
+        return runMo(command.words, command.rollback, dir.empty() ? "." : dir, client, out, err);
+    }
     case Verb::Help:
         out << sscctlUsage();
         return kDone;

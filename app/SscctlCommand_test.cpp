@@ -90,6 +90,38 @@ TEST(SscctlCommandTest, EmiTakesItsStepsInOrderAndSimItsFault)
         EXPECT_TRUE(parseSscctl(args, command, error)) << args[1] << ": " << error;
 }
 
+TEST(SscctlCommandTest, MoStepsAreCheckedBeforeAnythingIsSent)
+{
+    SscctlCommand command;
+    std::string error;
+    ASSERT_TRUE(parseSscctl({"mo", "--rollback", "create", "Cabinet=1", "cabinetIdentifier=north", "smokeDetector=1",
+                             "set", "Cabinet=1#0", "x:U32=3", "get", "Cabinet=1", "delete", "PowerSupply=1#2",
+                             "action", "Cabinet=1", "reset", "list", "watch", "100"},
+                            command, error))
+        << error;
+    EXPECT_TRUE(command.rollback);
+    EXPECT_EQ(command.words.size(), 17u);
+    const std::vector<std::pair<std::vector<std::string>, const char*>> refused = {
+        {{"mo"}, "at least one step"},
+        {{"mo", "make", "Cabinet=1"}, "unknown mo step 'make'"},
+        {{"mo", "create", "Gadget=1"}, "does not name an object of a known class"},
+        {{"mo", "create"}, "needs an ldn"},
+        {{"mo", "set", "Cabinet=1#70000", "a=1"}, "the id after # must be 0 to 65534"},
+        {{"mo", "set", "Cabinet=1"}, "needs NAME=VALUE"},
+        {{"mo", "create", "Cabinet=1", "novalue"}, "is not NAME=VALUE"},
+        {{"mo", "delete", "Cabinet=1", "extra"}, "takes only the ldn"},
+        {{"mo", "action", "Cabinet=1"}, "needs the action's name"},
+        {{"mo", "watch", "soon"}, "takes the milliseconds"},
+        {{"mo", "list", "all"}, "takes nothing"},
+    };
+    for (const auto& [args, expected] : refused) {
+        SscctlCommand bad;
+        std::string why;
+        EXPECT_FALSE(parseSscctl(args, bad, why)) << args.back();
+        EXPECT_NE(why.find(expected), std::string::npos) << why;
+    }
+}
+
 TEST(SscctlCommandTest, AnUnreachableNodeGivesExitCodeThree)
 {
     SscctlCommand command;

@@ -4,6 +4,7 @@
 #include "app/SignalLayout.h"
 #include "app/SscctlCommand.h"
 #include "froBl/froMgmtSwU/export/MaoFroSignals.h"
+#include "platform/VantoDb.h"
 #include "froBl/froMgmtSwU/export/defaultAttributes.h"
 #include "froBl/froMgmtSwU/export/froTypes.h"
 #include "froBl/froMgmtSwU/export/ldn.h"
@@ -30,7 +31,7 @@ constexpr auto kAnswerWait = 10s;
 bool isVerb(const std::string& word)
 {
     return word == "create" || word == "set" || word == "get" || word == "delete" || word == "action" ||
-           word == "watch";
+           word == "watch" || word == "list";
 }
 
 struct MoStep {
@@ -103,7 +104,12 @@ bool parseSteps(const std::vector<std::string>& words, std::vector<MoStep>& step
         }
         std::vector<std::string> args;
         while (i < words.size() && !isVerb(words[i])) args.push_back(words[i++]);
-        if (step.verb == "watch") {
+        if (step.verb == "list") {
+            if (!args.empty()) {
+                error = "mo list takes nothing";
+                return false;
+            }
+        } else if (step.verb == "watch") {
             if (args.size() != 1 || !parseUnsigned(args[0], step.watchMs)) {
                 error = "mo watch takes the milliseconds to watch";
                 return false;
@@ -111,6 +117,10 @@ bool parseSteps(const std::vector<std::string>& words, std::vector<MoStep>& step
         } else {
             if (args.empty() || !parseTarget(args[0], step, error)) {
                 if (args.empty()) error = "mo " + step.verb + " needs an ldn";
+                return false;
+            }
+            if (step.verb == "delete" && args.size() > 1) {
+                error = "mo delete takes only the ldn";
                 return false;
             }
             std::size_t next = 1;
@@ -128,8 +138,8 @@ bool parseSteps(const std::vector<std::string>& words, std::vector<MoStep>& step
                     if (step.types.back() == "S32") step.types.back() = "STRING";
                 } else if (!parseAssignment(Ldn::moType(step.ldn), args[next], step, error)) return false;
             }
-            if ((step.verb == "delete" && args.size() > 1) || (step.verb == "set" && step.names.empty())) {
-                error = "mo " + step.verb + (step.verb == "set" ? " needs NAME=VALUE" : " takes only the ldn");
+            if (step.verb == "set" && step.names.empty()) {
+                error = "mo set needs NAME=VALUE";
                 return false;
             }
         }
@@ -211,8 +221,8 @@ void printAttributes(const std::string& xml, std::ostream& out)
 
 class MoSession {
 public:
-    MoSession(ose::GatewayClient& client, std::ostream& out, std::ostream& err)
-        : m_client(client), m_port(client), m_transactions(m_port), m_out(out), m_err(err)
+    MoSession(ose::GatewayClient& client, const std::string& databaseDir, std::ostream& out, std::ostream& err)
+        : m_client(client), m_port(client), m_transactions(m_port), m_databaseDir(databaseDir), m_out(out), m_err(err)
     {
     }
 
@@ -223,11 +233,13 @@ private:
     std::optional<std::string> ask(const std::string& request, ose::SIGSELECT answerNo);
     bool step(const MoStep& step);
     void watch(std::uint64_t ms);
+    bool list();
     void printIndication(const std::string& bytes);
 
     ose::GatewayClient& m_client;
     GatewayTransactionPort m_port;
     VantoTransactionMgmtClient m_transactions;
+    std::string m_databaseDir;
     std::ostream& m_out;
     std::ostream& m_err;
     ose::PROCESS m_service = 0;
@@ -267,6 +279,7 @@ bool MoSession::step(const MoStep& s)
         watch(s.watchMs);
         return true;
     }
+    if (s.verb == "list") return list();
     std::int32_t id = s.id;
     if (id < 0 && m_ids.count(s.ldn) != 0) id = m_ids[s.ldn];
     const auto tid = static_cast<std::uint32_t>(s.verb == "action" ? 0 : m_transactionId);
@@ -329,6 +342,54 @@ void MoSession::watch(std::uint64_t ms)
     }
 }
 
+// Rows of a query, each column as text; false when it cannot be run.
+bool queryRows(VantoDbHandles& handles, const std::string& sql, std::vector<std::vector<std::string>>& rows)
+{
+    if (!SQL_SUCCEEDED(SQLExecDirect(handles.stmt, (SQLCHAR*)sql.c_str(), SQL_NTS))) {
+        SQLFreeStmt(handles.stmt, SQL_CLOSE);
+        return false;
+    }
+    SQLSMALLINT columns = 0;
+    SQLNumResultCols(handles.stmt, &columns);
+    while (SQL_SUCCEEDED(SQLFetch(handles.stmt))) {
+        std::vector<std::string>& row = rows.emplace_back();
+        for (SQLUSMALLINT c = 1; c <= columns; ++c) {
+            char text[512] = {};
+            SQLLEN indicator = 0;
+            SQLGetData(handles.stmt, c, SQL_C_CHAR, text, sizeof text, &indicator);
+            row.emplace_back(indicator == SQL_NULL_DATA ? "" : text);
+        }
+    }
+    SQLFreeStmt(handles.stmt, SQL_CLOSE);
+    return true;
+}
+
+// The committed objects, as the node's database holds them: read beside the
+// node, without a request of the management interface.
+bool MoSession::list()
+{
+    VantoDbHandles handles;
+    handles.config.connectionString = VantoDb_defaultConnectionString(m_databaseDir);
+    std::vector<std::vector<std::string>> classes;
+    if (VantoDb_init(handles) != 1 || !queryRows(handles, "select * from apc_fro_versions order by frotype", classes)) {
+        VantoDb_disconnect(handles);
+        m_err << "sscctl: the node's database in " << m_databaseDir << " cannot be read\n";
+        return false;
+    }
+    std::size_t count = 0;
+    for (const auto& cls : classes) {
+        std::vector<std::vector<std::string>> objects;
+        // A class whose table was never made has no objects.
+        if (cls.size() < 3 || !queryRows(handles, "select froid, ldn from " + cls[2] + " order by froid", objects))
+            continue;
+        for (const auto& object : objects) m_out << object[1] << " (id " << object[0] << ")\n";
+        count += objects.size();
+    }
+    VantoDb_disconnect(handles);
+    if (count == 0) m_out << "no objects\n";
+    return true;
+}
+
 void MoSession::printIndication(const std::string& bytes)
 {
     const ose::SIGSELECT sigNo = wordAt(bytes, 0);
@@ -374,8 +435,8 @@ bool checkMoSteps(const std::vector<std::string>& words, std::string& error)
     return parseSteps(words, steps, error);
 }
 
-int runMo(const std::vector<std::string>& words, bool rollback, ose::GatewayClient& client, std::ostream& out,
-          std::ostream& err)
+int runMo(const std::vector<std::string>& words, bool rollback, const std::string& databaseDir,
+          ose::GatewayClient& client, std::ostream& out, std::ostream& err)
 {
     std::vector<MoStep> steps;
     std::string error;
@@ -383,7 +444,7 @@ int runMo(const std::vector<std::string>& words, bool rollback, ose::GatewayClie
         err << "sscctl: " << error << "\n";
         return kUsage;
     }
-    return MoSession(client, out, err).run(steps, rollback);
+    return MoSession(client, databaseDir, out, err).run(steps, rollback);
 }
 
 } // namespace app

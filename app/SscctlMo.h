@@ -13,7 +13,8 @@ namespace app {
 
 // False with a message for steps that cannot be run.
 bool checkMoSteps(const std::vector<std::string>& words, std::string& error);
-int runMo(const std::vector<std::string>& words, bool rollback, ose::GatewayClient& client, std::ostream& out,
-          std::ostream& err);
+// `databaseDir`: where `list` finds the node's database (the socket's folder).
+int runMo(const std::vector<std::string>& words, bool rollback, const std::string& databaseDir,
+          ose::GatewayClient& client, std::ostream& out, std::ostream& err);
 
 } // namespace app

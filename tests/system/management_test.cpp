@@ -5,6 +5,7 @@
 // committed.
 
 #include "app/GatewayTransactionPort.h"
+#include "app/SscctlCommand.h"
 #include "platform/VantoDb.h"
 #include "platform/VantoTransactionMgmtClient.h"
 #include "platform/testSupport/odbcQuery.h"
@@ -17,6 +18,7 @@
 
 #include <initializer_list>
 #include <optional>
+#include <sstream>
 
 namespace systemtest {
 namespace {
@@ -280,6 +282,49 @@ TEST(ManagementSystemTest, ActionsInServiceAndSignalsThatAreNotForTheHandler)
     EXPECT_EQ(wordAt(manager.ask(word(kInServiceReq) + word(3), kInServiceCfm), 8), 3u) << "a short one fails";
     EXPECT_FALSE(manager.client().next(std::chrono::milliseconds(200)).has_value())
         << "the action without confirmation answered";
+}
+
+struct Outcome {
+    int exitCode;
+    std::string out;
+};
+
+Outcome sscctl(const NodeProcess& node, std::vector<std::string> args)
+{
+    std::vector<std::string> full = {"--socket", node.socketPath()};
+    full.insert(full.end(), args.begin(), args.end());
+    app::SscctlCommand command;
+    std::string error;
+    EXPECT_TRUE(app::parseSscctl(full, command, error)) << error;
+    std::ostringstream out, err;
+    const int code = app::runSscctl(command, out, err);
+    return {code, out.str() + err.str()};
+}
+
+TEST(ManagementSystemTest, SscctlPlaysTheManagementClientForAPerson)
+{
+    NodeProcess node({"--clock", "virtual"});
+    const Outcome made = sscctl(node, {"mo", "create", "Cabinet=1", "cabinetIdentifier=north", "create",
+                                       "PowerSupply=1", "create", "Cabinet=1,HwUnit=PSU-1", "unitType=PSU", "get",
+                                       "Cabinet=1"});
+    EXPECT_EQ(made.exitCode, app::kNotFound) << "the get of an uncommitted object is refused: " << made.out;
+    EXPECT_TRUE(contains(made.out, "created Cabinet=1 (id 0)")) << made.out;
+    EXPECT_TRUE(contains(made.out, "committed")) << made.out;
+
+    const Outcome read = sscctl(node, {"mo", "get", "Cabinet=1", "cabinetIdentifier", "set", "Cabinet=1#0",
+                                       "smokeDetector=1", "get", "Cabinet=1", "smokeDetector"});
+    EXPECT_EQ(read.exitCode, app::kDone) << read.out;
+    EXPECT_TRUE(contains(read.out, "  cabinetIdentifier (STRING) = north")) << read.out;
+
+    const Outcome refused = sscctl(node, {"mo", "delete", "PowerSupply=1#0"});
+    EXPECT_EQ(refused.exitCode, app::kNotFound);
+    EXPECT_TRUE(contains(refused.out, "in use by Cabinet=1,HwUnit=PSU-1")) << refused.out;
+
+    const Outcome undone = sscctl(node, {"mo", "--rollback", "delete", "Cabinet=1,HwUnit=PSU-1#0"});
+    EXPECT_TRUE(contains(undone.out, "rolled back")) << undone.out;
+    const Outcome listed = sscctl(node, {"mo", "list"});
+    EXPECT_EQ(listed.out, "Cabinet=1 (id 0)\nCabinet=1,HwUnit=PSU-1 (id 0)\nPowerSupply=1 (id 0)\ncommitted\n");
+    EXPECT_TRUE(contains(sscctl(node, {"mo", "get", "Cabinet=1", "smokeDetector"}).out, "smokeDetector (S32) = 1"));
 }
 
 } // namespace
