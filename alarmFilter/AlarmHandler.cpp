@@ -23,6 +23,13 @@ constexpr std::int32_t kEcPortFault = 4126;
 constexpr const char* kLocked = "0";
 constexpr const char* kUnlocked = "1";
 
+// Written by character: GCC 12 at -O3 warns of an overlapping copy, which
+// cannot happen, when a one-character literal is assigned to a string.
+void storeState(std::string& stored, bool locked)
+{
+    stored.assign(1, locked ? '0' : '1');
+}
+
 std::uint32_t froIdOf(const fRO& fro)
 {
     return static_cast<std::uint32_t>(fro.getExternalId());
@@ -291,11 +298,11 @@ void AlarmHandler::alarmPortLockChanged(const fRO& fro, const std::string& ldn, 
     const bool active = fro.getAttribute("activeExternalAlarm") == "1";
     if (entry.administrativeState == kUnlocked && now == kLocked) {
         SSC_TRACE(alarmFilterGroup(), kInfo, "AlarmPort (%s) was LOCKED", ldn.c_str());
-        entry.administrativeState = kLocked;
+        storeState(entry.administrativeState, true);
         if (active) m_leakyBucket.ceaseAndRemoveAll(fro, kExternalAlarm, ldn);
     } else if (entry.administrativeState == kLocked && now == kUnlocked) {
         SSC_TRACE(alarmFilterGroup(), kInfo, "AlarmPort (%s) was UNLOCKED", ldn.c_str());
-        entry.administrativeState = kUnlocked;
+        storeState(entry.administrativeState, false);
         if (active) m_leakyBucket.pulse(fro, kExternalAlarm, ldn);
     }
 }
@@ -362,7 +369,7 @@ void AlarmHandler::hwUnitStateChanged(const fRO& fro, const std::string& ldn, co
     }
     sendHwUnitFaults(fro, ldn, *entry, locking);
     for (const std::string& child : childrenOf(ldn)) unitStateChangedForPort(child, locking);
-    entry->administrativeState = locking ? kLocked : kUnlocked;
+    storeState(entry->administrativeState, locking);
 }
 
 void AlarmHandler::sendHwUnitFaults(const fRO& fro, const std::string& ldn, const HwUnitData& entry,
@@ -465,7 +472,7 @@ void AlarmHandler::startPortOver(fRO& port, const std::string& ldn, AlarmPortDat
     if (reportsAlarm(port)) sendPortCease(port, ldn);
     entry.operationalState = 0;
     entry.availabilityBits &= AlarmPortData::kNotInstalled;
-    entry.administrativeState = kLocked;
+    storeState(entry.administrativeState, true);
     port.setAttribute("operationalState", entry.operationalState);
     port.setAttribute("availabilityStatus", entry.availabilityStatus());
     port.setAttribute("administrativeState", kLocked);

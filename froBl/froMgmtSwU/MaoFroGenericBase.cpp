@@ -132,9 +132,11 @@ bool MaoFroGenericBase::createAndSave(const Request& request, std::int32_t& exte
     // class defaults of those it left out.
     std::vector<std::string> names, values, types;
     std::string xml = request.xml;
-    if (m_transactions.getMoAttributes(request.transactionId, record.ldn, names, values, types) == 1)
+    std::string complete;
+    if (m_transactions.getMoAttributes(request.transactionId, record.ldn, names, values, types) == 1 &&
         xmlHandler::instance().build(record.ldn, record.version.empty() ? "1.0" : record.version, names, types,
-                                     values, xml);
+                                     values, complete))
+        xml = complete;
     m_database.init();
     SSC_TRACE(maoGroup(), kFlow, "Creating fRO %s in database", record.ldn.c_str());
     const bool saved = m_database.saveFRO(request.transactionId, externalId, request.froType, xml);

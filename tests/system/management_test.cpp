@@ -284,6 +284,48 @@ TEST(ManagementSystemTest, ActionsInServiceAndSignalsThatAreNotForTheHandler)
         << "the action without confirmation answered";
 }
 
+TEST(ManagementSystemTest, AttributesOfEachTypeTravelAndHostileBodiesAreRefused)
+{
+    NodeProcess node({"--clock", "virtual"});
+    ManagementClient manager(node);
+    constexpr std::uint32_t kFunction = 0x704000A; // EquipmentSupportFunction: no defaults of its own
+    const std::string product = "<struct name=\"productData\">\n" + attr("productNumber", "STRING", "KDU 1") +
+                                attr("serialNumber", "STRING", "A&amp;B") + "</struct>\n";
+    const std::string all = attr("level", "S32", "-7") + attr("count", "U32", "4000000000") +
+                            attr("label", "STRING", "north &lt;east&gt;") + attr("big", "S64", "-9000000000") + product;
+    const std::int32_t tid = manager.begin();
+    const auto made = manager.create(tid, kFunction, mim("EquipmentSupportFunction=1", all));
+    ASSERT_EQ(made.result, 0u) << made.error;
+    const auto t = static_cast<std::uint32_t>(tid);
+    const auto refused = [&](std::uint32_t froType, const std::string& xml) {
+        const std::string cfm = manager.ask(request(kCreateReq, t, 0, froType, xml), kCreateCfm);
+        EXPECT_EQ(wordAt(cfm, 12), 1u) << xml;
+        return textAt(cfm, 20);
+    };
+    EXPECT_TRUE(contains(refused(kFunction, mim("EquipmentSupportFunction=2", attr("count", "U32", "-1"))),
+                         "Couldn not save fRO"));
+    EXPECT_TRUE(contains(refused(kFunction, mim("EquipmentSupportFunction=3", attr("level", "S32", "3000000000"))),
+                         "Couldn not save fRO"));
+    EXPECT_TRUE(contains(refused(kCabinet, mim("Cabinet", "")), "Failed to create FRO"));
+    std::string deep;
+    for (int i = 0; i < 200; ++i) deep += "<struct name=\"s\">";
+    for (int i = 0; i < 200; ++i) deep += "</struct>";
+    EXPECT_EQ(refused(kCabinet, mim("Cabinet=4", deep)), "Failed to read XML data.");
+    EXPECT_EQ(refused(kCabinet, "<?xml version=\"1.0\" ?>\n<!DOCTYPE mim [<!ENTITY a \"aaaa\">]>\n"
+                                "<mim version=\"1.0\"><class ldn=\"Cabinet=5\">&a;</class></mim>\n"),
+              "Failed to read XML data.");
+    ASSERT_TRUE(manager.commit(tid));
+
+    const auto back = manager.get(0, kFunction, "EquipmentSupportFunction=1");
+    ASSERT_EQ(back.first, 0u) << back.second;
+    for (const std::string& expected : {attr("level", "S32", "-7"), attr("count", "U32", "4000000000"),
+                                        attr("label", "STRING", "north &lt;east&gt;"), attr("big", "S64", "-9000000000")})
+        EXPECT_TRUE(contains(back.second, expected.substr(0, expected.size() - 1))) << expected << back.second;
+    EXPECT_TRUE(contains(back.second, "serialNumber\" type=\"STRING\" value=\"A&amp;B\"")) << back.second;
+    const auto rows = stored(node, "select count(*) from apc_frodata_equipmentsupportfunction_initial");
+    EXPECT_EQ(rows, (odbc_query::Rows{{"1"}}));
+}
+
 struct Outcome {
     int exitCode;
     std::string out;
