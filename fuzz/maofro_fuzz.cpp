@@ -10,6 +10,7 @@
 #include "froBl/froMgmtSwU/export/databaseFacade.h"
 #include "fuzz/FuzzSignals.h"
 #include "fuzz/FuzzTrace.h"
+#include "fuzz/ObjectProcessFuzz.h"
 #include "platform/VantoTransactionClient.h"
 #include "vanto/VantoNameServer.h"
 #include "vanto/VantoRpuServer.h"
@@ -29,33 +30,15 @@ constexpr ose::SIGSELECT kNumbers[] = {MAOFRO_CREATE_REQ,       MAOFRO_SET_REQ, 
                                        MAOFRO_DELETE_REQ,       MAOFRO_ACTION_REQ, MAOFRO_ACTION_NO_CFM_REQ,
                                        MAOFRO_IN_SERVICE_REQ,   MAOFRO_NOTIFY_SUBSCRIBE_REQ2};
 
-constexpr const char* kCoreServers[] = {"ssc_cabinet_management_server", "ssc_equipment_management_server",
-                                        "ssc_power_management_server", "ssc_alarm_control_server"};
 
-VantoDbConfig& database()
-{
-    static VantoDbConfig config;
-    return config;
-}
 
-void startProcess(ose::World& world, ose::Node& node, const char* name, std::function<void()> entry)
-{
-    ose::ProcessSpec spec;
-    spec.name = name;
-    spec.entry = std::move(entry);
-    world.start(world.createProcess(node, spec));
-}
 
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
     fuzzTraceSetUp();
-    const std::string dir = std::filesystem::temp_directory_path() / ("ssc_maofro_fuzz_" + std::to_string(getpid()));
-    std::filesystem::create_directories(dir);
-    database().connectionString = VantoDb_defaultConnectionString(dir);
-    database().wait = [](std::chrono::milliseconds) {};
-    database().maxConnectAttempts = 3;
+    fuzzDatabase("maofro");
     return 0;
 }
 
@@ -63,17 +46,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     FuzzInput input(data, size);
     const bool commit = (input.byte() & 1) != 0;
-    DatabaseFacade::configure(database());
+    DatabaseFacade::configure(fuzzDatabase());
     ose::ClockConfig clock;
     clock.mode = ose::ClockMode::Virtual;
     ose::World world(clock);
     ose::Node& node = world.defaultNode();
-    createTransactionServer(world, node, database());
+    createTransactionServer(world, node, fuzzDatabase());
     createNameServer(world, node);
     createRpuServer(world, node, VantoRpuConfig{});
-    for (const char* name : kCoreServers) startProcess(world, node, name, dropAnswersForever);
-    startProcess(world, node, kSupSysProcessName, supSysMain);
-    startProcess(world, node, "maofro_fuzz_client", [&input, commit] {
+    startCoreStandIns(world, node);
+    startFuzzProcess(world, node, kSupSysProcessName, supSysMain);
+    startFuzzProcess(world, node, "maofro_fuzz_client", [&input, commit] {
         ose::delay(6000); // the object layer is up after its hunts for the core
         ose::PROCESS objects = 0;
         ose::hunt(kSupSysProcessName, 0, &objects, nullptr);

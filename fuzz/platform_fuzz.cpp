@@ -9,6 +9,7 @@
 #include "froBl/froMgmtSwU/export/TimerSignals.h"
 #include "fuzz/FuzzSignals.h"
 #include "fuzz/FuzzTrace.h"
+#include "fuzz/ObjectProcessFuzz.h"
 #include "platform/NameServerSignals.h"
 #include "platform/VantoCliSignals.h"
 #include "vanto/VantoNameServer.h"
@@ -36,44 +37,16 @@ constexpr ose::SIGSELECT kObjectProcessNumbers[] = {
     VANTO_CLI_REMOVE_RPU_IND, VANTO_CLI_SHUTDOWN_RPU, SUP_SYS_TIMER_SIG,    SUP_SYS_DIAG_TIMER_REQ,
     NS_ADD_SERVICE_REPLY,   0x4711};
 
-constexpr const char* kCoreServers[] = {"ssc_cabinet_management_server", "ssc_equipment_management_server",
-                                        "ssc_power_management_server", "ssc_alarm_control_server"};
 
-VantoDbConfig& database()
-{
-    static VantoDbConfig config;
-    return config;
-}
 
-ose::PROCESS startObjectProcess(ose::World& world, ose::Node& node)
-{
-    ose::ProcessSpec spec;
-    spec.name = kSupSysProcessName;
-    spec.entry = supSysMain;
-    const ose::PROCESS pid = world.createProcess(node, spec);
-    world.start(pid);
-    return pid;
-}
 
-void startCoreServers(ose::World& world, ose::Node& node)
-{
-    for (const char* name : kCoreServers) {
-        ose::ProcessSpec spec;
-        spec.name = name;
-        spec.entry = dropAnswersForever;
-        world.start(world.createProcess(node, spec));
-    }
-}
 
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
     fuzzTraceSetUp();
-    const std::string dir = std::filesystem::temp_directory_path() / ("ssc_platform_fuzz_" + std::to_string(getpid()));
-    std::filesystem::create_directories(dir);
-    database().connectionString = VantoDb_defaultConnectionString(dir);
-    database().wait = [](std::chrono::milliseconds) {};
+    fuzzDatabase("platform");
     return 0;
 }
 
@@ -84,18 +57,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     clock.mode = ose::ClockMode::Virtual;
     ose::World world(clock);
     ose::Node& node = world.defaultNode();
-    createTransactionServer(world, node, database());
+    createTransactionServer(world, node, fuzzDatabase());
     createNameServer(world, node);
-    startCoreServers(world, node);
+    startCoreStandIns(world, node);
     ose::PROCESS objects = 0;
     VantoRpuConfig rpu;
     rpu.rpuKnown = (input.byte() & 1) != 0;
     rpu.restartLoadModule = [&world, &node, &objects] {
         world.kill(objects);
-        objects = startObjectProcess(world, node);
+        objects = startFuzzProcess(world, node, kSupSysProcessName, supSysMain);
     };
     createRpuServer(world, node, rpu);
-    objects = startObjectProcess(world, node);
+    objects = startFuzzProcess(world, node, kSupSysProcessName, supSysMain);
 
     ose::ProcessSpec sender;
     sender.name = "platform_fuzz_client";

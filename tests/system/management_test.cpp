@@ -10,6 +10,7 @@
 #include "platform/VantoTransactionMgmtClient.h"
 #include "platform/testSupport/odbcQuery.h"
 #include "tests/system/NodeProcess.h"
+#include "tests/system/Sscctl.h"
 #include "tests/system/SignalBytes.h"
 
 #include "ose/BigEndian.h"
@@ -324,23 +325,6 @@ TEST(ManagementSystemTest, AttributesOfEachTypeTravelAndHostileBodiesAreRefused)
     EXPECT_TRUE(contains(back.second, "serialNumber\" type=\"STRING\" value=\"A&amp;B\"")) << back.second;
     const auto rows = stored(node, "select count(*) from apc_frodata_equipmentsupportfunction_initial");
     EXPECT_EQ(rows, (odbc_query::Rows{{"1"}}));
-}
-
-struct Outcome {
-    int exitCode;
-    std::string out;
-};
-
-Outcome sscctl(const NodeProcess& node, std::vector<std::string> args)
-{
-    std::vector<std::string> full = {"--socket", node.socketPath()};
-    full.insert(full.end(), args.begin(), args.end());
-    app::SscctlCommand command;
-    std::string error;
-    EXPECT_TRUE(app::parseSscctl(full, command, error)) << error;
-    std::ostringstream out, err;
-    const int code = app::runSscctl(command, out, err);
-    return {code, out.str() + err.str()};
 }
 
 TEST(ManagementSystemTest, SscctlPlaysTheManagementClientForAPerson)

@@ -9,6 +9,7 @@
 #include "platform/VantoTransactionMgmtClient.h"
 #include "platform/testSupport/odbcQuery.h"
 #include "tests/system/NodeProcess.h"
+#include "tests/system/Sscctl.h"
 #include "tests/system/SignalBytes.h"
 
 #include "ose/BigEndian.h"
@@ -26,23 +27,6 @@ struct SUP_SYS_PROBE {
     ose::be_u32 clientRef;
     ose::be_u32 delayMs;
 };
-
-struct Outcome {
-    int exitCode;
-    std::string out;
-};
-
-Outcome sscctl(const NodeProcess& node, std::vector<std::string> args)
-{
-    std::vector<std::string> full = {"--socket", node.socketPath()};
-    full.insert(full.end(), args.begin(), args.end());
-    app::SscctlCommand command;
-    std::string error;
-    EXPECT_TRUE(app::parseSscctl(full, command, error)) << error;
-    std::ostringstream out, err;
-    const int code = app::runSscctl(command, out, err);
-    return {code, out.str() + err.str()};
-}
 
 bool contains(const Outcome& outcome, const std::string& words)
 {
