@@ -2,11 +2,13 @@
 
 #include "alarmFilter/alarmFilterTrace.h"
 
-#include "froBl/froMgmtSwU/export/IndHandlerApi.h"
+#include "froBl/froMgmtSwU/export/IndHandler.h"
+#include "froBl/froMgmtSwU/export/Timer.h"
 #include "froBl/froMgmtSwU/export/fRO.h"
 #include "froBl/froMgmtSwU/export/froMgr.h"
 #include "froBl/froMgmtSwU/export/froTypes.h"
 #include "froBl/froMgmtSwU/export/ldn.h"
+#include "froBl/froMgmtSwU/export/supSysSingletons.h"
 #include "froBl/froMgmtSwU/export/supSysTrace.h"
 
 #include <algorithm>
@@ -66,6 +68,13 @@ typename std::vector<Data>::iterator findByLdn(std::vector<Data>& entries, const
 AlarmHandler::AlarmHandler(IndHandlerApi& indications, TimerApi& timer, froMgr& froTable)
     : m_indications(indications), m_froTable(froTable), m_leakyBucket(*this, timer, froTable)
 {
+}
+
+AlarmHandler& AlarmHandler::instance()
+{
+    return SupSysSingletons::get<AlarmHandler>([] {
+        return std::make_unique<AlarmHandler>(IndHandler::instance(), Timer::instance(), froMgr::instance());
+    });
 }
 
 void AlarmHandler::init() {}

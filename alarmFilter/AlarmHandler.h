@@ -28,6 +28,8 @@ public:
 
     // None of the three is owned; the timer must outlive the handler.
     AlarmHandler(IndHandlerApi& indications, TimerApi& timer, froMgr& froTable);
+    // The handler of the object process, on its indications, timer and table.
+    static AlarmHandler& instance();
     AlarmHandler(const AlarmHandler&) = delete;
     AlarmHandler& operator=(const AlarmHandler&) = delete;
 

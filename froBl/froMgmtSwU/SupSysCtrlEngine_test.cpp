@@ -5,6 +5,7 @@
 #include "froBl/froMgmtSwU/export/CtrlCommunicationIf.h"
 #include "froBl/froMgmtSwU/export/SupSysCtrlEngine.h"
 #include "froBl/froMgmtSwU/export/SupSysDiagnosisSignals.h"
+#include "froBl/froMgmtSwU/export/databaseFacade.h"
 #include "frame/testSupport/TraceCapture.h"
 #include "platform/VantoCliSignals.h"
 #include "vanto/VantoNameServer.h"
@@ -36,6 +37,8 @@ protected:
     {
         createTransactionServer(world(), node(), m_database.config());
         createNameServer(world(), node());
+        // The process restores its objects from this database at start.
+        EXPECT_TRUE(DatabaseFacade::configure(m_database.config()));
         m_objects = spawn(kSupSysProcessName, supSysMain);
         return m_objects;
     }

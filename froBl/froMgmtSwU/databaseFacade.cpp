@@ -111,24 +111,27 @@ bool DatabaseFacade::retrieveFros(std::uint32_t typeFrom, std::uint32_t typeTo, 
     std::vector<std::uint32_t> froTypes;
     if (!ncRetrieveFroIds(typeFrom, typeTo, froTypes))
         return false;
+    std::vector<froRecord> stored;
     for (std::uint32_t froType : froTypes) {
         std::vector<std::int32_t> froIds;
         if (!getFroIds(froType, froIds))
             return false;
         for (std::int32_t froId : froIds)
-            records.push_back({froId, froType, {}});
+            stored.push_back({froId, froType, {}});
     }
-    for (froRecord& record : records) {
+    // An object that cannot be read is left out and the others still come:
+    // one bad row must not cost the restore of all the rest.
+    for (froRecord& record : stored) {
         std::string xml;
         xmlDocumentRecord parsed;
-        // One unreadable object stops the walk: the restore must not go on
-        // with a partial object graph whose children may miss their parent.
         if (!retrieveFRO(record.froId, record.froType, xml) || !xmlHandler::instance().parse(xml, parsed)) {
-            SSC_TRACE(dbGroup(), kError, "NC::DatabaseFacade::retrieveFros: object %d of froType %u cannot be read",
+            SSC_TRACE(dbGroup(), kError,
+                      "NC::DatabaseFacade::retrieveFros: object %d of froType 0x%08x cannot be read, left out",
                       record.froId, record.froType);
-            return false;
+            continue;
         }
         record.ldn = parsed.ldn;
+        records.push_back(std::move(record));
     }
     return true;
 }

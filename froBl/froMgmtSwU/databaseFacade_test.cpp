@@ -7,6 +7,8 @@
 
 #include "ose/TestWorld.h"
 
+#include <cstdio>
+
 namespace {
 
 using namespace fro_types;
@@ -44,7 +46,7 @@ TEST_F(DatabaseFacadeTest, BulkRetrievalGivesEveryStoredObjectOfTheRange)
     EXPECT_EQ(records.size(), 2u) << "the upper bound is excluded";
 }
 
-TEST_F(DatabaseFacadeTest, AnUnreadableStoredObjectStopsTheBulkRetrievalWithATrace)
+TEST_F(DatabaseFacadeTest, AnUnreadableStoredObjectIsLeftOutOfTheBulkRetrievalWithATrace)
 {
     auto first = makeObject("Cabinet=1,FanGroup=1", kFanGroup);
     auto second = makeObject("Cabinet=1,FanGroup=2", kFanGroup);
@@ -58,9 +60,37 @@ TEST_F(DatabaseFacadeTest, AnUnreadableStoredObjectStopsTheBulkRetrievalWithATra
 
     traceCapture trace;
     std::vector<froRecord> records;
+    ASSERT_TRUE(m_db->retrieveFros(kFirst, kEnd, records));
+    ASSERT_EQ(records.size(), 1u);
+    EXPECT_EQ(records[0].ldn, "Cabinet=1,FanGroup=2");
+    EXPECT_EQ(records[0].froId, second->getInternalId());
+    char words[96];
+    std::snprintf(words, sizeof words, "object %d of froType 0x%08x cannot be read, left out", first->getInternalId(),
+                  kFanGroup);
+    EXPECT_TRUE(trace.contains(words));
+}
+
+TEST_F(DatabaseFacadeTest, AFailedListingFailsTheBulkRetrievalAndAddsNothing)
+{
+    auto object = makeObject("Cabinet=1", kCabinet);
+    const std::int32_t tx = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(tx, object->getInternalId(), kCabinet, mimOf("Cabinet=1", *object)));
+    ASSERT_TRUE(commit(tx));
+
+    // The ids of one class cannot be listed: its table name is no name.
+    query("update apc_fro_versions set frodataTableName = 'no name' where frotype = " + std::to_string(kPowerSupply));
+    std::vector<froRecord> records;
     EXPECT_FALSE(m_db->retrieveFros(kFirst, kEnd, records));
-    EXPECT_TRUE(trace.contains("object " + std::to_string(first->getInternalId()) + " of froType " +
-                               std::to_string(kFanGroup) + " cannot be read"));
+    EXPECT_TRUE(records.empty()) << "not the classes listed before the failure";
+    EXPECT_TRUE(m_db->retrieveFros(kFirst, kPowerSupply, records)) << "the classes before it still list";
+    EXPECT_EQ(records.size(), 1u);
+
+    // The classes themselves cannot be listed.
+    m_db->close();
+    query("drop table apc_fro_versions");
+    records.clear();
+    EXPECT_FALSE(m_db->retrieveFros(kFirst, kEnd, records));
+    EXPECT_TRUE(records.empty());
 }
 
 TEST_F(DatabaseFacadeTest, AttributesOfAnObjectComeAsThreeLists)

@@ -339,6 +339,42 @@ TEST_F(ElibDbFroDatabaseTest, TransactionBookkeepingFollowsThePlatformSignals)
     EXPECT_TRUE(m_db->init()) << "connects again on demand";
 }
 
+TEST_F(ElibDbFroDatabaseTest, AClosedDatabaseConnectsAgainAtItsNextUse)
+{
+    // The restore at start closes the database; the management transactions
+    // that follow use the same object without opening it first.
+    auto cabinet = makeObject("Cabinet=1", kCabinet);
+    const std::int32_t tx = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(tx, cabinet->getInternalId(), kCabinet, mimOf("Cabinet=1", *cabinet)));
+    ASSERT_TRUE(commit(tx));
+
+    m_db->close();
+    ASSERT_FALSE(m_db->isConnected());
+    EXPECT_EQ(stored(cabinet->getInternalId(), kCabinet), attributesOf(*cabinet));
+    EXPECT_TRUE(m_db->isConnected());
+
+    m_db->close();
+    std::vector<std::int32_t> ids;
+    EXPECT_TRUE(m_db->getFroIds(kCabinet, ids));
+    EXPECT_EQ(ids, std::vector<std::int32_t>{cabinet->getInternalId()});
+
+    m_db->close();
+    auto fanGroup = makeObject("Cabinet=1,FanGroup=1", kFanGroup);
+    const std::int32_t save = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(save, fanGroup->getInternalId(), kFanGroup, mimOf("Cabinet=1,FanGroup=1", *fanGroup)));
+    ASSERT_TRUE(commit(save)) << m_server->lastError();
+    EXPECT_EQ(stored(fanGroup->getInternalId(), kFanGroup), attributesOf(*fanGroup));
+
+    m_db->close();
+    const std::int32_t deletion = m_server->newTransaction();
+    ASSERT_TRUE(m_db->deleteFRO(deletion, cabinet->getInternalId(), kCabinet));
+    ASSERT_TRUE(commit(deletion));
+    m_db->close();
+    ids.clear();
+    EXPECT_TRUE(m_db->getFroIds(kCabinet, ids));
+    EXPECT_TRUE(ids.empty());
+}
+
 // A body written by hand: the builder itself refuses some of these types.
 std::string handMade(const std::string& ldn, const std::string& attributes)
 {

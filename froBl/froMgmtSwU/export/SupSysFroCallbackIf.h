@@ -13,6 +13,7 @@ public:
     struct ActionResult {
         bool success = false;
         std::uint32_t failureCode = 0;
+        std::string actionName;
         // The action's output.
         std::vector<std::string> names;
         std::vector<std::string> values;

@@ -12,6 +12,7 @@ inline ose::TraceGroupId timerGroup() { return ose::traceGroup<"supSysTimerLU">(
 inline ose::TraceGroupId communicationGroup() { return ose::traceGroup<"supSysCommunicationSwU">(); }
 inline ose::TraceGroupId nameServerGroup() { return ose::traceGroup<"supSysNsiSwU">(); }
 inline ose::TraceGroupId managementGroup() { return ose::traceGroup<"supSysMgmtSwU">(); }
+inline ose::TraceGroupId froCtrlGroup() { return ose::traceGroup<"supSysFroCtrlSwU">(); }
 
 // Levels of the object process: those of the object layer, and the signal
 // levels of the frame.

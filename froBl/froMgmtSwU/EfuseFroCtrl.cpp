@@ -1,0 +1,6 @@
+#include "froBl/froMgmtSwU/export/EfuseFroCtrl.h"
+
+void EfuseFroCtrl::postSet()
+{
+    postCreate();
+}

@@ -1,0 +1,10 @@
+#pragma once
+// The controller of EcPort objects: the generic behaviour, under a class of
+// its own so that the kind of controller shows in a debugger and a trace.
+
+#include "froBl/froMgmtSwU/export/SupSysGenericFroCtrl.h"
+
+class EcPortFroCtrl : public SupSysGenericFroCtrl {
+public:
+    using SupSysGenericFroCtrl::SupSysGenericFroCtrl;
+};
