@@ -42,7 +42,7 @@ inline std::vector<Body> makeBodies()
             types.push_back(a.type());
             values.push_back(a.value());
         }
-        Body body{unit->getInternalId(), {}};
+        Body body{unit->getExternalId(), {}};
         xmlHandler::instance().build(ldn, "1.0", names, types, values, body.xml);
         bodies.push_back(std::move(body));
         units.push_back(std::move(unit));

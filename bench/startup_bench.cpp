@@ -1,9 +1,10 @@
 // The node's start, both processes and the platform beside them, on the
 // virtual clock: from an empty world until the object process takes a
-// request through its receive loop (its object layer is then up and the
-// core's servers found). Once with an empty database and once with 10,000
-// stored objects. The floor is the start of the core process alone, until
-// its servers can be found.
+// request through its receive loop (its object layer is then up, the stored
+// objects restored and the core's servers found). Once with an empty
+// database and once with 10,000 stored objects. Floors: the start of the
+// core process alone, until its servers can be found; and the 10,000 stored
+// rows read with one plain select on the same driver.
 
 #include "bench/StoredObjects.h"
 #include "froBl/froMgmtSwU/export/SupSysDiagnosisSignals.h"
@@ -48,9 +49,32 @@ void probeObjectProcess(ose::World& world, ose::Node& node, std::uint32_t& ready
     world.start(world.createProcess(node, probe));
 }
 
+// Counts what the restore could not make or read: a start that restored
+// less than was stored must not pass for a fast one.
+class RestoreFailures {
+public:
+    RestoreFailures()
+    {
+        ose::Trace::configure("supSysFroMgmtSwU:5");
+        ose::Trace::setSink([this](const ose::TraceRecord& record) {
+            if (record.group == "supSysFroMgmtSwU" && record.level <= 5) ++m_count;
+        });
+    }
+    ~RestoreFailures()
+    {
+        ose::Trace::setSink({});
+        ose::Trace::reset();
+    }
+    int count() const { return m_count; }
+
+private:
+    int m_count = 0;
+};
+
 void startNode(benchmark::State& state, const VantoDbConfig& database)
 {
     std::uint32_t readyAtMs = 0;
+    RestoreFailures failures;
     for (auto _ : state) {
         DatabaseFacade::configure(database);
         ose::World world(virtualClock());
@@ -67,6 +91,7 @@ void startNode(benchmark::State& state, const VantoDbConfig& database)
         if (readyAtMs == 0) state.SkipWithError("the object process did not come up");
     }
     state.counters["ready_at_node_ms"] = readyAtMs;
+    if (failures.count() != 0) state.SkipWithError("the restore traced failures");
 }
 
 void BM_NodeStartEmptyDatabase(benchmark::State& state)
@@ -86,6 +111,39 @@ void BM_NodeStart10000StoredObjects(benchmark::State& state)
     startNode(state, database.config());
 }
 BENCHMARK(BM_NodeStart10000StoredObjects)->Unit(benchmark::kMillisecond);
+
+// The floor of the restore: the stored rows read with one plain select,
+// every column of every row, on the same driver.
+void BM_FloorReadStoredRows(benchmark::State& state)
+{
+    stored_objects::Database database;
+    if (!database.saveAll()) {
+        state.SkipWithError("storing the objects failed");
+        return;
+    }
+    VantoDbHandles h;
+    h.config = database.config();
+    VantoDb_init(h);
+    std::vector<char> buffer(49152);
+    for (auto _ : state) {
+        const char* sql = "select * from apc_frodata_HwUnit_INITIAL";
+        SQLExecDirect(h.stmt, (SQLCHAR*)sql, SQL_NTS);
+        SQLSMALLINT columns = 0;
+        SQLNumResultCols(h.stmt, &columns);
+        int rows = 0;
+        while (SQLFetch(h.stmt) == SQL_SUCCESS) {
+            ++rows;
+            for (SQLUSMALLINT c = 1; c <= static_cast<SQLUSMALLINT>(columns); ++c) {
+                SQLLEN indicator = 0;
+                SQLGetData(h.stmt, c, SQL_C_CHAR, buffer.data(), static_cast<SQLLEN>(buffer.size()), &indicator);
+            }
+        }
+        SQLFreeStmt(h.stmt, SQL_CLOSE);
+        if (rows != stored_objects::kObjects) state.SkipWithError("rows missing");
+    }
+    VantoDb_disconnect(h);
+}
+BENCHMARK(BM_FloorReadStoredRows)->Unit(benchmark::kMillisecond);
 
 // The floor: the core process alone, until its equipment server is there.
 void BM_FloorCoreStart(benchmark::State& state)

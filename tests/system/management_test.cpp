@@ -28,7 +28,9 @@ constexpr std::uint32_t kCreateReq = 0xB0061, kCreateCfm = 0xB0062, kDeleteReq =
                         kGetReq = 0xB0065, kGetCfm = 0xB0066, kSetReq = 0xB0067, kSetCfm = 0xB0068,
                         kActionNoCfmReq = 0xB0073, kActionReq = 0xB0077, kActionCfm = 0xB0078,
                         kInServiceReq = 0xB0021, kInServiceCfm = 0xB0022;
-constexpr std::uint32_t kCabinet = 0x7040000, kHwUnit = 0x7040002, kPowerSupply = 0x7040009;
+constexpr std::uint32_t kCabinet = 0x7040000, kHwUnit = 0x7040002, kAlarmPort = 0x7040003, kEcPort = 0x7040006,
+                        kPowerSupply = 0x7040009;
+constexpr std::uint32_t kSubscribeReq = 0xB0024, kFaultInd = 0xB0070, kFaultCeasedInd = 0xB0071;
 
 std::string word(std::uint32_t value)
 {
@@ -117,6 +119,7 @@ public:
         return answer ? answer->bytes : std::string();
     }
     bool send(const std::string& bytes) { return m_client.send(m_service, bytes); }
+    std::uint32_t service() const { return m_service; }
     ose::GatewayClient& client() { return m_client; }
 
     // Create: result and id, or the error text.
@@ -253,6 +256,29 @@ TEST(ManagementSystemTest, BadRequestsAreRefusedWithTheirTextsAndNothingIsStored
     EXPECT_EQ(unit.result, 0u) << unit.error;
     EXPECT_TRUE(manager.commit(together));
     EXPECT_EQ(manager.get(0, kHwUnit, "Cabinet=1,HwUnit=PSU-1").first, 0u);
+
+    // One EC port per hub position; a battery fuse unit needs its battery;
+    // the power supply stays while a unit uses it, unless the unit goes too.
+    const std::int32_t port = manager.begin();
+    const std::string ecPort = attr("hubPosition", "STRING", "A2");
+    EXPECT_EQ(manager.create(port, kEcPort, mim("Cabinet=1,HwUnit=PSU-1,EcPort=1", ecPort)).result, 0u);
+    ASSERT_TRUE(manager.commit(port));
+    const std::int32_t rules = manager.begin();
+    const auto r = static_cast<std::uint32_t>(rules);
+    EXPECT_EQ(refused(request(kCreateReq, r, 0, kEcPort, mim("Cabinet=1,EcPort=2", ecPort))),
+              "The hubPosition is used by Cabinet=1,HwUnit=PSU-1,EcPort=1");
+    EXPECT_EQ(refused(request(kCreateReq, r, 0, kHwUnit, mim("Cabinet=1,HwUnit=BFU-1", attr("unitType", "STRING", "BFU")))),
+              "Create requirements not fulfilled for HwUnit");
+    const auto deleteOf = [&](std::uint32_t froType, const std::string& ldn) {
+        const std::string cfm = manager.ask(request(kDeleteReq, r, 0, froType, mim(ldn, "")), kDeleteCfm);
+        return std::make_pair(wordAt(cfm, 8), textAt(cfm, 16));
+    };
+    EXPECT_EQ(deleteOf(kPowerSupply, "PowerSupply=1").second, "PowerSupply=1 is in use by Cabinet=1,HwUnit=PSU-1");
+    EXPECT_EQ(deleteOf(kHwUnit, "Cabinet=1,HwUnit=PSU-1").first, 0u);
+    EXPECT_EQ(deleteOf(kPowerSupply, "PowerSupply=1").first, 0u);
+    ASSERT_TRUE(manager.commit(rules));
+    EXPECT_NE(manager.get(0, kPowerSupply, "PowerSupply=1").first, 0u);
+    EXPECT_EQ(stored(node, "select count(*) from apc_frodata_EcPort_INITIAL")[0][0], "1");
 }
 
 TEST(ManagementSystemTest, ActionsInServiceAndSignalsThatAreNotForTheHandler)
@@ -351,6 +377,66 @@ TEST(ManagementSystemTest, SscctlPlaysTheManagementClientForAPerson)
     const Outcome listed = sscctl(node, {"mo", "list"});
     EXPECT_EQ(listed.out, "Cabinet=1 (id 0)\nCabinet=1,HwUnit=PSU-1 (id 0)\nPowerSupply=1 (id 0)\ncommitted\n");
     EXPECT_TRUE(contains(sscctl(node, {"mo", "get", "Cabinet=1", "smokeDetector"}).out, "smokeDetector (S32) = 1"));
+}
+
+// An alarm port whose input is active raises its external alarm when it is
+// unlocked and ceases it when it is locked again; a second client sees the
+// indications in the order of the commits that caused them.
+TEST(ManagementSystemTest, IndicationsReachTheSubscriberInTheOrderOfTheirCauses)
+{
+    NodeProcess node({"--clock", "virtual"});
+    ManagementClient manager(node);
+    ose::GatewayClient watcher;
+    ASSERT_TRUE(watcher.connect(node.socketPath(), "watcher"));
+    ASSERT_TRUE(watcher.send(manager.service(), word(kSubscribeReq) + word(1) + word(7) + word(kAlarmPort)));
+
+    const std::int32_t setUp = manager.begin();
+    EXPECT_EQ(manager.create(setUp, kCabinet, mim("Cabinet=1", "")).result, 0u);
+    EXPECT_EQ(manager.create(setUp, kHwUnit,
+                             mim("Cabinet=1,HwUnit=SAU1",
+                                 attr("unitType", "STRING", "SAU") + attr("administrativeState", "S32", "1")))
+                  .result,
+              0u);
+    std::uint32_t portIds[3] = {};
+    for (int port = 1; port <= 2; ++port) {
+        const auto created = manager.create(setUp, kAlarmPort,
+                                            mim("Cabinet=1,HwUnit=SAU1,AlarmPort=" + std::to_string(port),
+                                                attr("administrativeState", "S32", "0") +
+                                                    attr("activeExternalAlarm", "S32", "1")));
+        ASSERT_EQ(created.result, 0u) << created.error;
+        portIds[port] = created.froId;
+    }
+    ASSERT_TRUE(manager.commit(setUp));
+
+    const auto setLock = [&](int port, const char* state) {
+        const std::int32_t tid = manager.begin();
+        const std::string cfm = manager.ask(
+            request(kSetReq, static_cast<std::uint32_t>(tid), portIds[port], kAlarmPort,
+                    mim("Cabinet=1,HwUnit=SAU1,AlarmPort=" + std::to_string(port),
+                        attr("administrativeState", "S32", state))),
+            kSetCfm);
+        EXPECT_EQ(wordAt(cfm, 8), 0u) << textAt(cfm, 16);
+        EXPECT_TRUE(manager.commit(tid));
+    };
+    setLock(2, "1");
+    setLock(1, "1");
+    setLock(2, "0");
+
+    std::vector<std::string> seen;
+    while (seen.size() < 3) {
+        const auto event = watcher.next(std::chrono::seconds(10));
+        ASSERT_TRUE(event) << "only " << seen.size() << " indications came";
+        if (event->kind != ose::GatewayEvent::Kind::Signal) continue;
+        const std::string& bytes = event->bytes;
+        const std::string what = event->sigNo() == kFaultInd         ? "fault"
+                                 : event->sigNo() == kFaultCeasedInd ? "ceased"
+                                                                     : "other";
+        const std::uint32_t froId = wordAt(bytes, 4);
+        seen.push_back(what + " " + (froId == portIds[1] ? "port 1" : froId == portIds[2] ? "port 2" : "?") + " " +
+                       std::to_string(wordAt(bytes, 12)));
+        EXPECT_EQ(wordAt(bytes, 8), kAlarmPort);
+    }
+    EXPECT_EQ(seen, (std::vector<std::string>{"fault port 2 4097", "fault port 1 4097", "ceased port 2 4097"}));
 }
 
 } // namespace
