@@ -11,9 +11,8 @@
 #include "froBl/froMgmtSwU/export/froTypes.h"
 #include "froBl/froMgmtSwU/export/ldn.h"
 #include "froBl/froMgmtSwU/export/xmlHandler.h"
-#include "froBl/froMgmtSwU/testSupport/localTransactionServer.h"
+#include "froBl/froMgmtSwU/testSupport/dbTestFixture.h"
 #include "froBl/froMgmtSwU/testSupport/traceCapture.h"
-#include "vanto/testSupport/sqliteFile.h"
 
 #include <gtest/gtest.h>
 
@@ -88,9 +87,9 @@ std::string hex(std::uint32_t froType)
     return text;
 }
 
-// A fresh database file with the object database on it and a transaction
-// server on a connection of its own, as in the object process.
-class SupSysRestoreHandlerTest : public ::testing::Test {
+// Objects stored in one run and made again in a fresh object table, as at
+// the next start.
+class SupSysRestoreHandlerTest : public dbTestFixture {
 protected:
     // An object as the management handler stores it: its class defaults,
     // some values changed and maybe attributes of its own.
@@ -102,11 +101,7 @@ protected:
 
     void SetUp() override
     {
-        m_config = m_file.config();
-        m_config.wait = [](std::chrono::milliseconds) {};
-        m_server = std::make_unique<localTransactionServer>(m_config);
-        m_db = std::make_unique<DatabaseFacade>(m_config, *m_server);
-        ASSERT_TRUE(m_db->init());
+        dbTestFixture::SetUp();
         // PowerSupply is left without a controller.
         for (const char* key : {"Cabinet", "FanGroup", "HwUnit", "ExternalNode", "EquipmentSupportFunction"})
             m_table.registerType(key, [this] { return std::make_unique<RecordingController>(m_table, m_calls); });
@@ -124,26 +119,8 @@ protected:
                     made->addAttribute(name, value, attrType);
             ASSERT_TRUE(m_db->saveFRO(tx, object.id, type, mimOf(object.ldn, *made))) << object.ldn;
         }
-        // Committed at the server and told to the database, as the platform does.
-        ASSERT_EQ(m_server->commit_e(tx, 1), 0) << m_server->lastError();
-        const auto indication = localTransactionServer::indication(ElibDbFroDatabase::kTransCommitInd, tx);
-        m_db->handleSignal(indication.data(), indication.size());
+        ASSERT_TRUE(commit(tx)) << m_server->lastError();
     }
-
-    static std::string mimOf(const std::string& ldn, const fRO& object)
-    {
-        Strings names, types, values;
-        for (const AttrNameValue& a : object.attributes()) {
-            names.push_back(a.name());
-            types.push_back(a.type());
-            values.push_back(a.value());
-        }
-        std::string text;
-        EXPECT_TRUE(xmlHandler::instance().build(ldn, "1.0", names, types, values, text));
-        return text;
-    }
-
-    void query(const std::string& sql) { m_file.query(sql); }
 
     void restore(DbiAPI& database)
     {
@@ -166,13 +143,6 @@ protected:
         return m_table.getAllLdns(all);
     }
 
-    sqliteFile m_file;
-    VantoDbConfig m_config;
-    std::unique_ptr<localTransactionServer> m_server;
-    std::unique_ptr<DatabaseFacade> m_db;
-    // The run that stored the objects.
-    froIdHandler m_ids;
-    fROFactory m_factory{m_ids};
     // The next start: an id handler, factory and object table of its own.
     froIdHandler m_startIds;
     fROFactory m_startFactory{m_startIds};
