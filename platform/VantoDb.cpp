@@ -5,6 +5,7 @@
 #include "ose/Trace.h"
 
 #include <array>
+#include <cctype>
 #include <cstring>
 #include <thread>
 
@@ -47,7 +48,25 @@ bool allocate(VantoDbHandles& h)
     return true;
 }
 
-bool connect(VantoDbHandles& h)
+// The database a connection string names, for traces: the file or data
+// source, never the rest (which may hold a password).
+std::string databaseNameOf(const std::string& connectionString)
+{
+    for (const char* key : {"database=", "dsn="}) {
+        std::string lower(connectionString);
+        for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        std::size_t at = lower.find(key);
+        while (at != std::string::npos && at != 0 && lower[at - 1] != ';') at = lower.find(key, at + 1);
+        if (at == std::string::npos) continue;
+        const std::size_t from = at + std::strlen(key);
+        return connectionString.substr(from, connectionString.find(';', from) - from);
+    }
+    return "(unnamed)";
+}
+
+// The level of a failed attempt's trace: an error when the caller is told
+// at once, lower while the reconnection goes on trying.
+bool connect(VantoDbHandles& h, unsigned failureLevel)
 {
     const std::string& text = h.config.connectionString;
     const SQLRETURN rc = SQLDriverConnect(h.dbc, nullptr,
@@ -57,7 +76,9 @@ bool connect(VantoDbHandles& h)
         std::string error;
         bool lost = false;
         VantoDb_getError(SQL_HANDLE_DBC, h.dbc, error, lost);
-        SSC_TRACE(dbTrace(), 1, "VantoDb_init: connection failed: %s", error.c_str());
+        h.lastError = error;
+        SSC_TRACE(dbTrace(), failureLevel, "VantoDb_init: cannot open the database %s: %s",
+                  databaseNameOf(text).c_str(), error.c_str());
         SQLFreeHandle(SQL_HANDLE_DBC, h.dbc); // never connected: no SQLDisconnect
         h.dbc = SQL_NULL_HDBC;
         return false;
@@ -73,13 +94,16 @@ std::string VantoDb_defaultConnectionString(const std::string& dataDirectory)
     return std::string("DRIVER=") + kVantoDbSqliteDriver + ";Database=" + dataDirectory + "/ssc.db;Timeout=5000";
 }
 
-int VantoDb_init(VantoDbHandles& h)
+namespace {
+
+int initWithLevel(VantoDbHandles& h, unsigned failureLevel)
 {
     if (h.config.connectionString.empty()) {
-        SSC_TRACE(dbTrace(), 1, "VantoDb_init: no database name configured");
+        h.lastError = "no database name configured";
+        SSC_TRACE(dbTrace(), failureLevel, "VantoDb_init: no database name configured");
         return 0;
     }
-    if (!allocate(h) || !connect(h)) {
+    if (!allocate(h) || !connect(h, failureLevel)) {
         VantoDb_disconnect(h);
         return 0;
     }
@@ -93,6 +117,18 @@ int VantoDb_init(VantoDbHandles& h)
     h.connected = true;
     SSC_TRACE(dbTrace(), 7, "VantoDb_init: connected");
     return 1;
+}
+
+} // namespace
+
+int VantoDb_init(VantoDbHandles& h)
+{
+    return initWithLevel(h, 1);
+}
+
+std::string VantoDb_databaseName(const VantoDbHandles& h)
+{
+    return databaseNameOf(h.config.connectionString);
 }
 
 void VantoDb_disconnect(VantoDbHandles& h)
@@ -117,15 +153,15 @@ int VantoDb_reconnect(VantoDbHandles& h)
     const auto wait = h.config.wait ? h.config.wait : defaultWait;
     VantoDb_disconnect(h);
     for (unsigned attempt = 1; attempt <= h.config.maxConnectAttempts; ++attempt) {
-        if (VantoDb_init(h) == 1) {
+        if (initWithLevel(h, 7) == 1) {
             SSC_TRACE(dbTrace(), 4, "VantoDb_reconnect: connected after %u attempt(s)", attempt);
             return 1;
         }
         VantoDb_disconnect(h);
         wait(h.config.retryInterval);
     }
-    SSC_TRACE(dbTrace(), 1, "VantoDb_reconnect: database not reachable after %u attempts",
-              h.config.maxConnectAttempts);
+    SSC_TRACE(dbTrace(), 1, "VantoDb_reconnect: the database %s is not reachable after %u attempts: %s",
+              VantoDb_databaseName(h).c_str(), h.config.maxConnectAttempts, h.lastError.c_str());
     return 0;
 }
 

@@ -36,6 +36,8 @@ struct VantoDbHandles {
     bool connected = false;
     VantoDbDialect dialect = VantoDbDialect::Standard;
     VantoDbConfig config;
+    // The driver's words for the last failed connection.
+    std::string lastError;
 };
 
 // The SQLite ODBC driver shipped with the distribution.
@@ -47,6 +49,9 @@ std::string VantoDb_defaultConnectionString(const std::string& dataDirectory);
 
 // Allocates the handles and connects. 1 connected, 0 not (handles freed again).
 int VantoDb_init(VantoDbHandles& handles);
+// The file or data source the configured connection string names, for
+// traces (the rest of the string may hold a password).
+std::string VantoDb_databaseName(const VantoDbHandles& handles);
 // Frees everything; safe on a record that was never connected.
 void VantoDb_disconnect(VantoDbHandles& handles);
 // Disconnects, then tries VantoDb_init at the configured interval. 1 when

@@ -115,6 +115,24 @@ void MaoFroGenericBase::handleCreate(ose::Signal* signal, ose::PROCESS sender)
          sender, false);
 }
 
+namespace {
+
+// The shadow's transaction state is the transaction's, not the object's:
+// it is never stored.
+bool withoutTransState(std::vector<std::string>& names, std::vector<std::string>& values,
+                       std::vector<std::string>& types)
+{
+    for (std::size_t i = names.size(); i-- > 0;)
+        if (names[i] == "TransState" && i < values.size() && i < types.size()) {
+            names.erase(names.begin() + static_cast<std::ptrdiff_t>(i));
+            values.erase(values.begin() + static_cast<std::ptrdiff_t>(i));
+            types.erase(types.begin() + static_cast<std::ptrdiff_t>(i));
+        }
+    return names.size() == values.size() && names.size() == types.size();
+}
+
+} // namespace
+
 // Only an object of a known class whose ldn names that class is made: any
 // other would live in memory without a table to be stored in.
 bool MaoFroGenericBase::createAndSave(const Request& request, std::int32_t& externalId, std::string& errorText)
@@ -134,6 +152,7 @@ bool MaoFroGenericBase::createAndSave(const Request& request, std::int32_t& exte
     std::string xml = request.xml;
     std::string complete;
     if (m_transactions.getMoAttributes(request.transactionId, record.ldn, names, values, types) == 1 &&
+        withoutTransState(names, values, types) &&
         xmlHandler::instance().build(record.ldn, record.version.empty() ? "1.0" : record.version, names, types,
                                      values, complete))
         xml = complete;

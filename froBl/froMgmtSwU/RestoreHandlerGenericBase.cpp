@@ -3,6 +3,8 @@
 #include "froBl/froMgmtSwU/export/fRO.h"
 #include "froBl/froMgmtSwU/export/froMgr.h"
 #include "froBl/froMgmtSwU/export/froTrace.h"
+#include "froBl/froMgmtSwU/export/froTypes.h"
+#include "froBl/froMgmtSwU/export/ldn.h"
 
 using namespace fro_trace;
 
@@ -18,10 +20,12 @@ void RestoreHandlerGenericBase::sort(std::vector<froRecord>&) {}
 
 void RestoreHandlerGenericBase::restore(std::uint32_t typeFrom, std::uint32_t typeTo)
 {
-    m_database.init();
+    // A database that cannot be opened is not asked again for the list: the
+    // start would wait for a second round of reconnections for nothing.
+    const bool opened = m_database.init();
     SSC_TRACE(mgmtGroup(), kFlow, "Checking the database for stored fros to recreate at startup");
     std::vector<froRecord> records;
-    if (!m_database.retrieveFros(typeFrom, typeTo, records)) {
+    if (!opened || !m_database.retrieveFros(typeFrom, typeTo, records)) {
         SSC_TRACE(mgmtGroup(), kUnexpected,
                   "Couldn't get list of FROs from the database, maybe no fro's were stored");
         m_database.close();
@@ -56,8 +60,11 @@ fRO* RestoreHandlerGenericBase::recreate(const froRecord& record)
     beforeCreate(record.froId, record.froType, record.ldn, names, values, types);
 
     // A negative id would make froMgr hand out a new one: the object would
-    // no longer be the one stored.
-    fRO* fro = record.froId < 0 ? nullptr : m_table.createMO(record.ldn, record.froType, record.froId);
+    // no longer be the one stored. A class that is not known, or an ldn that
+    // names another class, would give an object that no create could make.
+    const bool known = !Ldn::moType(record.ldn).empty() &&
+                       fro_types::className(record.froType) == Ldn::moType(record.ldn);
+    fRO* fro = record.froId < 0 || !known ? nullptr : m_table.createMO(record.ldn, record.froType, record.froId);
     if (fro == nullptr) {
         SSC_TRACE(mgmtGroup(), kError, "Failed to recreate the fro in the fro manager, type: 0x%08x, id: %d, ldn: %s",
                   record.froType, record.froId, record.ldn.c_str());
@@ -79,8 +86,10 @@ bool RestoreHandlerGenericBase::applyAttributes(fRO& fro, const std::vector<std:
         return false;
     // A stored attribute that the class defaults do not have is kept, with
     // its stored type.
+    // The transaction state of the shadow that stored the object is not the
+    // object's (rows written before it was left out carry it).
     for (std::size_t i = 0; i < names.size(); ++i)
-        if (!fro.setAttribute(names[i], values[i]))
+        if (names[i] != "TransState" && !fro.setAttribute(names[i], values[i]))
             fro.addAttribute(names[i], values[i], types[i]);
     return true;
 }

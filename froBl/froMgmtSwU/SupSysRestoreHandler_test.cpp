@@ -313,9 +313,12 @@ TEST_F(SupSysRestoreHandlerTest, ARecordWhoseObjectCannotBeMadeIsTracedAndTheRes
     store({{"Cabinet=1", 0},
            {"Cabinet=1,FanGroup=1", 1},
            {"Cabinet=1,FanGroup=2", 2},
-           {"Cabinet=1,FanGroup=3", 3, {{"fanGroupFaultIndicator", "S32", "0"}}}});
-    // A row with an id that no object can have.
+           {"Cabinet=1,FanGroup=3", 3, {{"fanGroupFaultIndicator", "S32", "0"}}},
+           {"Cabinet=1,FanGroup=4", 4}});
+    // A row with an id that no object can have, and one whose ldn names
+    // another class than its table.
     query("update apc_frodata_FanGroup_INITIAL set froid = -1 where froid = 2");
+    query("update apc_frodata_FanGroup_INITIAL set ldn = 'Cabinet=1,Gadget=4' where froid = 4");
     // Something made this name already.
     fRO* before = m_table.createMO("Cabinet=1", kCabinet, 5);
     ASSERT_NE(before, nullptr);
@@ -332,6 +335,9 @@ TEST_F(SupSysRestoreHandlerTest, ARecordWhoseObjectCannotBeMadeIsTracedAndTheRes
     EXPECT_TRUE(trace.contains("Failed to recreate the fro in the fro manager, type: " + hex(kFanGroup) +
                                ", id: -1, ldn: Cabinet=1,FanGroup=2"));
     EXPECT_FALSE(m_table.exists("Cabinet=1,FanGroup=2")) << "not made with a new id";
+    EXPECT_TRUE(trace.contains("Failed to recreate the fro in the fro manager, type: " + hex(kFanGroup) +
+                               ", id: 4, ldn: Cabinet=1,Gadget=4"));
+    EXPECT_FALSE(m_table.exists("Cabinet=1,Gadget=4"));
 
     // Made, but with its class defaults only.
     EXPECT_TRUE(trace.contains("Couldnt recreate the attributes for type: " + hex(kFanGroup) +

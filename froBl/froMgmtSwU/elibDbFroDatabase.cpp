@@ -87,9 +87,8 @@ bool ElibDbFroDatabase::ensureConnected()
 
 void ElibDbFroDatabase::getError(short handleType, void* handle, bool& lost)
 {
-    std::string text;
-    VantoDb_getError(handleType, handle, text, lost);
-    SSC_TRACE(dbGroup(), kFlow, "NC::ElibDbFroDatabase::getError: Database error occurred: %s", text.c_str());
+    VantoDb_getError(handleType, handle, m_lastDbError, lost);
+    SSC_TRACE(dbGroup(), kFlow, "NC::ElibDbFroDatabase::getError: Database error occurred: %s", m_lastDbError.c_str());
 }
 
 void ElibDbFroDatabase::closeCursor(const char* who)
@@ -356,7 +355,13 @@ bool ElibDbFroDatabase::init()
     if (!m_firstInit)
         return true;
     const bool result = setUpSchema();
-    m_firstInit = false;
+    // A database that cannot hold the tables is named once per attempt, with
+    // the driver's reason, and tried again at the next init: a file put right
+    // meanwhile is then set up.
+    if (!result)
+        SSC_TRACE(dbGroup(), kError, "The object database %s cannot be used: %s",
+                  VantoDb_databaseName(m_handles).c_str(), m_lastDbError.c_str());
+    m_firstInit = !result;
     return result;
 }
 

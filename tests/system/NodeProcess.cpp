@@ -33,6 +33,17 @@ NodeProcess::NodeProcess(const std::vector<std::string>& options)
 {
     char pattern[] = "/tmp/ssc-system-XXXXXX";
     m_dataDir = mkdtemp(pattern);
+    start(options);
+}
+
+NodeProcess::NodeProcess(const std::string& dataDir, const std::vector<std::string>& options)
+    : m_dataDir(dataDir), m_ownsDataDir(false)
+{
+    start(options);
+}
+
+void NodeProcess::start(const std::vector<std::string>& options)
+{
     m_socketPath = m_dataDir + "/ssc.sock";
     std::vector<std::string> args = {SSC_NODE_BINARY, "--data-dir", m_dataDir, "--socket", m_socketPath};
     args.insert(args.end(), options.begin(), options.end());
@@ -56,6 +67,7 @@ NodeProcess::NodeProcess(const std::vector<std::string>& options)
 NodeProcess::~NodeProcess()
 {
     if (m_pid > 0) stop();
+    if (!m_ownsDataDir) return;
     std::error_code ignored;
     std::filesystem::remove_all(m_dataDir, ignored);
 }
@@ -73,8 +85,18 @@ bool NodeProcess::isRunning()
 
 int NodeProcess::stop()
 {
+    return end(SIGTERM);
+}
+
+int NodeProcess::kill()
+{
+    return end(SIGKILL);
+}
+
+int NodeProcess::end(int signal)
+{
     if (m_pid <= 0) return -1;
-    kill(m_pid, SIGTERM);
+    ::kill(m_pid, signal);
     int status = 0;
     waitpid(m_pid, &status, 0);
     m_pid = -1;

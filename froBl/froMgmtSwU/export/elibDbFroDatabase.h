@@ -161,6 +161,8 @@ private:
     VantoTransactionApi& m_transaction;
     SignalDistributorAPI* m_pDistributor; // not owned; may be null
     bool m_firstInit = true;
+    // The driver's words for the last failed statement.
+    std::string m_lastDbError;
     std::vector<BufferedType> m_bufferedTypes;
     std::unordered_set<std::string> m_knownTables;               // lower case
     std::unordered_set<std::string> m_absentTables;              // lower case
