@@ -6,6 +6,7 @@
 #include "frame/TimerSignals.h"
 #include "frame/testSupport/TraceCapture.h"
 #include "froBl/froMgmtSwU/export/SupSysDiagnosisSignals.h"
+#include "froBl/froMgmtSwU/export/databaseFacade.h"
 #include "platform/VantoCliSignals.h"
 #include "vanto/VantoNameServer.h"
 #include "vanto/VantoRpuServer.h"
@@ -85,6 +86,8 @@ protected:
     {
         createTransactionServer(world(), node(), m_database.config());
         createNameServer(world(), node());
+        // Each object process restores its objects from this database.
+        EXPECT_TRUE(DatabaseFacade::configure(m_database.config()));
         m_loadModule = std::make_unique<LoadModule>(world(), node());
         VantoRpuConfig config;
         config.restartLoadModule = [this] { m_loadModule->restart(); };
