@@ -57,7 +57,11 @@ public:
     {
         ose::Trace::configure("supSysFroMgmtSwU:5");
         ose::Trace::setSink([this](const ose::TraceRecord& record) {
-            if (record.group == "supSysFroMgmtSwU" && record.level <= 5) ++m_count;
+            // The restore's own failures, and the rows the database could
+            // not read back.
+            if ((record.group == "supSysFroMgmtSwU" && record.level <= 5) ||
+                (record.group == "supSysFroDbLU" && record.level == 1))
+                ++m_count;
         });
     }
     ~RestoreFailures()

@@ -29,6 +29,18 @@ inline VantoDbConfig& fuzzDatabase(const char* target = nullptr)
     return config;
 }
 
+// Empties the target's database, so that an input runs on what it makes
+// itself: the object process restores what is stored at its start, and
+// objects of earlier inputs would make a finding depend on them.
+inline void emptyFuzzDatabase()
+{
+    const std::string& text = fuzzDatabase().connectionString;
+    const std::size_t from = text.find("Database=");
+    if (from == std::string::npos) return;
+    const std::size_t start = from + std::string("Database=").size();
+    std::filesystem::remove(text.substr(start, text.find(';', start) - start));
+}
+
 inline ose::PROCESS startFuzzProcess(ose::World& world, ose::Node& node, const char* name, std::function<void()> entry)
 {
     ose::ProcessSpec definition;

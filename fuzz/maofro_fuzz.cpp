@@ -46,6 +46,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     FuzzInput input(data, size);
     const bool commit = (input.byte() & 1) != 0;
+    emptyFuzzDatabase();
     DatabaseFacade::configure(fuzzDatabase());
     ose::ClockConfig clock;
     clock.mode = ose::ClockMode::Virtual;

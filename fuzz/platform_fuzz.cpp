@@ -7,6 +7,7 @@
 #include "froBl/froMgmtSwU/export/SupSysCtrlEngine.h"
 #include "froBl/froMgmtSwU/export/SupSysDiagnosisSignals.h"
 #include "froBl/froMgmtSwU/export/TimerSignals.h"
+#include "froBl/froMgmtSwU/export/databaseFacade.h"
 #include "fuzz/FuzzSignals.h"
 #include "fuzz/FuzzTrace.h"
 #include "fuzz/ObjectProcessFuzz.h"
@@ -53,6 +54,8 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     FuzzInput input(data, size);
+    emptyFuzzDatabase();
+    DatabaseFacade::configure(fuzzDatabase());
     ose::ClockConfig clock;
     clock.mode = ose::ClockMode::Virtual;
     ose::World world(clock);

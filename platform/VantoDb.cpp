@@ -126,6 +126,11 @@ int VantoDb_init(VantoDbHandles& h)
     return initWithLevel(h, 1);
 }
 
+int VantoDb_initQuietly(VantoDbHandles& h)
+{
+    return initWithLevel(h, 7);
+}
+
 std::string VantoDb_databaseName(const VantoDbHandles& h)
 {
     return databaseNameOf(h.config.connectionString);
@@ -152,6 +157,11 @@ int VantoDb_reconnect(VantoDbHandles& h)
 {
     const auto wait = h.config.wait ? h.config.wait : defaultWait;
     VantoDb_disconnect(h);
+    // Waiting cannot give a database that was never named.
+    if (h.config.connectionString.empty()) {
+        SSC_TRACE(dbTrace(), 1, "VantoDb_reconnect: no database name configured");
+        return 0;
+    }
     for (unsigned attempt = 1; attempt <= h.config.maxConnectAttempts; ++attempt) {
         if (initWithLevel(h, 7) == 1) {
             SSC_TRACE(dbTrace(), 4, "VantoDb_reconnect: connected after %u attempt(s)", attempt);

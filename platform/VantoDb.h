@@ -49,6 +49,9 @@ std::string VantoDb_defaultConnectionString(const std::string& dataDirectory);
 
 // Allocates the handles and connects. 1 connected, 0 not (handles freed again).
 int VantoDb_init(VantoDbHandles& handles);
+// The same, with a failure traced at flow level only: for a first attempt
+// whose failure the caller reports itself.
+int VantoDb_initQuietly(VantoDbHandles& handles);
 // The file or data source the configured connection string names, for
 // traces (the rest of the string may hold a password).
 std::string VantoDb_databaseName(const VantoDbHandles& handles);

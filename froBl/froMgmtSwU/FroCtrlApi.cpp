@@ -57,8 +57,8 @@ std::unique_ptr<fRO> FroCtrlApi::allocBatteryBackupCallback() const
     return allocate<BatteryBackupFroCtrl>("allocBatteryBackupCallback()", m_services);
 }
 
-// The e-fuse's callback has always traced the battery's name; traces are
-// read by people who know it so.
+// The e-fuse's callback traces the battery callback's name: that is the
+// text people search the trace for.
 std::unique_ptr<fRO> FroCtrlApi::allocEfuseCallback() const
 {
     return allocate<EfuseFroCtrl>("allocBatteryBackupCallback()", m_services);

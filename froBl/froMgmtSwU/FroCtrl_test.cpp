@@ -18,6 +18,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -31,7 +32,11 @@ class RecordingServices : public ConfigIfApi, public AlarmHandlerApi {
 public:
     explicit RecordingServices(froMgr& table) : m_table(table) {}
 
-    void handleSetConfig(fRO* fro) override { note("config set", *fro); }
+    void handleSetConfig(fRO* fro) override
+    {
+        note("config set", *fro);
+        chargingVoltageSent = fro->getAttribute("chargingVoltage");
+    }
     void handleRestoreConfig(fRO* fro) override { note("config restore", *fro); }
     void handleDeleteConfig(fRO* fro, bool releaseId) override
     {
@@ -56,11 +61,18 @@ public:
     void ceaseFault(fRO&) override {}
 
     std::vector<std::string> log;
+    std::string chargingVoltageSent;
 
 private:
     void note(const std::string& what, const fRO& fro) { log.push_back(what + " " + m_table.getLdn(fro.getInternalId())); }
 
     froMgr& m_table;
+};
+
+// The controllers' trace, on for a test and back to the default after it.
+struct ControllerTraces {
+    ControllerTraces() { ose::Trace::configure("supSysFroCtrlSwU:all"); }
+    ~ControllerTraces() { ose::Trace::reset(); }
 };
 
 class FakeActions : public ActionIfApi, public SnapshotParamIfApi {
@@ -137,11 +149,26 @@ protected:
 
 TEST_F(FroCtrlTest, EveryStoredClassIsAControllerThatTellsItsChangesInOrder)
 {
-    for (const auto& [ldn, type] : std::vector<std::pair<std::string, std::uint32_t>>{
-             {"Cabinet=1", fro_types::kCabinet}, {"Cabinet=1,FanGroup=1", fro_types::kFanGroup},
-             {"PowerSupply=1", fro_types::kPowerSupply}, {"Cabinet=1,ControlPort=1", fro_types::kControlPort},
-             {"Cabinet=1,AlarmPort=1", fro_types::kAlarmPort}, {"Cabinet=1,EcPort=1", fro_types::kEcPort}})
+    // Each class by its own allocation callback, which names itself.
+    const std::vector<std::tuple<std::string, std::uint32_t, const char*>> classes{
+        {"Cabinet=1", fro_types::kCabinet, "allocCallback()"},
+        {"Cabinet=1,FanGroup=1", fro_types::kFanGroup, "allocCallback()"},
+        {"Cabinet=1,HwUnit=PSU1", fro_types::kHwUnit, "allocBatteryHwUnit()"},
+        {"BatteryBackup=1", fro_types::kBatteryBackup, "allocBatteryBackupCallback()"},
+        {"ExternalNode=1", fro_types::kExternalNode, "externalNodeCallback()"},
+        {"PowerDistribution=1", fro_types::kPowerDistribution, "allocCallback()"},
+        {"PowerSupply=1", fro_types::kPowerSupply, "allocCallback()"},
+        {"Cabinet=1,AlarmPort=1", fro_types::kAlarmPort, "allocAlarmPortCallback()"},
+        {"Cabinet=1,EcPort=1", fro_types::kEcPort, "allocEcPortCallback()"},
+        {"EquipmentSupportFunction=1", fro_types::kEquipmentSupportFunction, "allocCallback()"},
+        {"Cabinet=1,ControlPort=1", fro_types::kControlPort, "allocCallback()"},
+        {"PowerDistribution=1,EFuse=1", fro_types::kEFuse, "allocBatteryBackupCallback()"}};
+    ControllerTraces traces;
+    for (const auto& [ldn, type, callback] : classes) {
+        traceCapture trace;
         ASSERT_NE(make(ldn, type), nullptr) << ldn;
+        EXPECT_TRUE(trace.contains(std::string(callback) + " in FroCtrlApi")) << ldn;
+    }
     EXPECT_EQ(dynamic_cast<SupSysFroCtrlIf*>(
                   m_table.createMO("Cabinet=1,HwUnit=SAU1,DeviceGroup=0", fro_types::kDeviceGroup, -1)),
               nullptr);
@@ -229,6 +256,8 @@ TEST_F(FroCtrlTest, StandardBatteriesInNormalChargingGetTheirFixedParameters)
     SupSysFroCtrlIf* second = battery("BatteryBackup=2", "2", "0");
     SupSysFroCtrlIf* own = battery("BatteryBackup=3", "1", "1");
     first->postCreate();
+    // The parameters are in place before the configuration is sent.
+    EXPECT_EQ(m_services.chargingVoltageSent, "-545");
     second->postSet();
     own->postCreate();
 
@@ -238,8 +267,6 @@ TEST_F(FroCtrlTest, StandardBatteriesInNormalChargingGetTheirFixedParameters)
     EXPECT_EQ(second->getAttribute("boostChargeTime"), "8");
     EXPECT_EQ(second->getAttribute("tempCompMinVoltage"), "-528");
     EXPECT_EQ(own->getAttribute("chargingVoltage"), "-500");
-    // The parameters are in place before the configuration is sent.
-    EXPECT_EQ(m_services.log.front(), "config set BatteryBackup=1");
 
     first->setAttribute("chargingVoltage", std::string("-500"));
     first->restore();
@@ -281,7 +308,7 @@ TEST_F(FroCtrlTest, ASecondSnapshotReadReplacesTheFirstCallback)
 
 TEST_F(FroCtrlTest, AnswersWithoutAnyoneWaitingAreOnlyTraced)
 {
-    ose::Trace::configure("supSysFroCtrlSwU:all");
+    ControllerTraces traces;
     traceCapture trace;
     auto* supply = dynamic_cast<SupSysGenericFroCtrl*>(make("PowerSupply=1", fro_types::kPowerSupply));
     supply->snapshotDone();

@@ -371,7 +371,9 @@ bool MaoFroGenericBase::startAction(const Request& request, bool wantConfirm, st
 void MaoFroGenericBase::actionDone(fRO* fro, const ActionResult& result)
 {
     auto it = std::find_if(m_actionRequests.begin(), m_actionRequests.end(),
-                           [&](const ActionRequest& r) { return r.fro == fro; });
+                           [&](const ActionRequest& r) {
+                               return r.fro == fro && r.actionName == result.actionName;
+                           });
     if (it == m_actionRequests.end()) {
         SSC_TRACE(maoGroup(), kError, "Failed to retrieve fRO to send action confirm for, ldn (%s).",
                   fro != nullptr ? m_table.getLdn(fro->getInternalId()).c_str() : "");

@@ -287,6 +287,17 @@ TEST_F(SupSysTraniHandlerTest, ControllersAreCalledAroundTheCommitWhileItsListsS
     ASSERT_EQ(transaction([&](std::int32_t tx) { return deleteInTx(tx, "Cabinet=1"); }), TransResult::Ok);
     EXPECT_EQ(log, (std::vector<std::string>{"postCreate running listed", "postSet running listed",
                                              "preDelete running listed"}));
+    // Deleted and made again in one transaction: the old object is told it
+    // goes before the new one is told it came.
+    ASSERT_EQ(transaction([&](std::int32_t tx) { return createInTx(tx, "Cabinet=1", kCabinet); }), TransResult::Ok);
+    log.clear();
+    ASSERT_EQ(transaction([&](std::int32_t tx) {
+                  return deleteInTx(tx, "Cabinet=1") && createInTx(tx, "Cabinet=1", kCabinet);
+              }),
+              TransResult::Ok);
+    ASSERT_EQ(log.size(), 2u);
+    EXPECT_EQ(log[0].rfind("preDelete running", 0), 0u) << log[0];
+    EXPECT_EQ(log[1].rfind("postCreate running", 0), 0u) << log[1];
     EXPECT_FALSE(isCommitRunning());
     EXPECT_FALSE(isInCommit(commitLists::Deleted, "Cabinet=1"));
 }

@@ -46,6 +46,12 @@ bool TraniGenericBase::commit(ose::Signal* signal, TransMgrCallbackIf* callback)
     for (const std::string& ldn : toDelete)
         if (fRO* fro = m_table.getFro(ldn))
             preDelete(fro);
+    // An object deleted and created again in one transaction is replaced by
+    // the commit: the old one goes as a delete would, or what it configured
+    // and the faults kept for it would outlive it.
+    for (const std::string& ldn : m_transactions.getReplaced(transactionId))
+        if (fRO* fro = m_table.getFro(ldn))
+            preDelete(fro);
 
     SSC_TRACE(mgmtGroup(), kFlow, "Calling transMgr to commit transaction %u", id);
     std::vector<std::string> created, set, deleted;

@@ -72,17 +72,38 @@ ElibDbFroDatabase::~ElibDbFroDatabase()
 
 // ---- connection -------------------------------------------------------------
 
+// Once a whole round of attempts has failed, each later use tries once
+// until the database is back: a database that stays away must not hold every
+// request of the process for a round of its own.
 bool ElibDbFroDatabase::reconnect()
 {
-    return VantoDb_reconnect(m_handles) == 1;
+    if (m_unreachable) {
+        VantoDb_disconnect(m_handles);
+        if (VantoDb_initQuietly(m_handles) != 1) {
+            SSC_TRACE(dbGroup(), kFlow, "The database %s is still not reachable",
+                      VantoDb_databaseName(m_handles).c_str());
+            return false;
+        }
+        SSC_TRACE(dbGroup(), kInfo, "The database %s is reachable again", VantoDb_databaseName(m_handles).c_str());
+        m_unreachable = false;
+        return true;
+    }
+    m_unreachable = VantoDb_reconnect(m_handles) != 1;
+    return !m_unreachable;
 }
 
+// The first attempt is quiet: a failure is traced once, by the round of
+// attempts that follows it.
 bool ElibDbFroDatabase::ensureConnected()
 {
     if (m_handles.connected)
         return true;
     SSC_TRACE(dbGroup(), kFlow, "Init: Connect to database");
-    return VantoDb_init(m_handles) == 1 || reconnect();
+    if (VantoDb_initQuietly(m_handles) == 1) {
+        m_unreachable = false;
+        return true;
+    }
+    return reconnect();
 }
 
 void ElibDbFroDatabase::getError(short handleType, void* handle, bool& lost)
@@ -394,6 +415,31 @@ bool ElibDbFroDatabase::setUpSchema()
     for (std::size_t i = 0; i < fro_types::kPersistentCount; ++i)
         if (std::find(known.begin(), known.end(), fro_types::kClasses[i].froType) == known.end())
             result = insertVersionRow(i) && result;
+    return dropTransStateColumns() && result;
+}
+
+// Tables made while a shadow's transaction state was stored with its object
+// carry a NOT NULL column for it, which every insert of an object without it
+// would break: the column and its attribute row go.
+bool ElibDbFroDatabase::dropTransStateColumns()
+{
+    bool result = true;
+    for (std::size_t i = 0; i < fro_types::kPersistentCount; ++i) {
+        std::string table;
+        bool lost = false;
+        // Asked straight, so that no table status is remembered before the
+        // table's first real use.
+        if (!getFrodataTableName(fro_types::kClasses[i].froType, table) ||
+            !execOnce("select TransState from " + table + " where 1 = 0", lost))
+            continue;
+        SSC_TRACE(dbGroup(), kInfo, "Dropping the column TransState of %s", table.c_str());
+        result = execDirect("alter table " + table + " drop column TransState") &&
+                 execDirect("delete from " + std::string(Sql::kAttributesTable) + " where frotype = " +
+                            std::to_string(fro_types::kClasses[i].froType) + " and attrname = 'TransState'") &&
+                 result;
+    }
+    // Names are taken from the database at their first real use, as before.
+    m_tableNames.clear();
     return result;
 }
 

@@ -283,6 +283,9 @@ TEST_F(ElibDbFroDatabaseTest, ADatabaseThatStaysAwayFailsTheOperationInBoundedTi
     EXPECT_FALSE(m_db->saveAttributes(0, object->getInternalId(), kPowerSupply, body, false));
     EXPECT_EQ(m_waits, 3);
     EXPECT_FALSE(m_db->isConnected());
+    // While it stays away, each later use tries once and is refused at once.
+    EXPECT_FALSE(m_db->saveAttributes(0, object->getInternalId(), kPowerSupply, body, false));
+    EXPECT_EQ(m_waits, 3);
 
     odbc_fault::reset();
     EXPECT_TRUE(m_db->saveAttributes(0, object->getInternalId(), kPowerSupply, body, false));
@@ -379,6 +382,27 @@ TEST_F(ElibDbFroDatabaseTest, AClosedDatabaseConnectsAgainAtItsNextUse)
 std::string handMade(const std::string& ldn, const std::string& attributes)
 {
     return "<mim version=\"1.0\"><class ldn=\"" + ldn + "\">" + attributes + "</class></mim>";
+}
+
+TEST_F(ElibDbFroDatabaseTest, ATableThatStoredTheTransactionStateLosesThatColumnAtTheNextStart)
+{
+    // As an earlier version stored it: with the shadow's transaction state.
+    auto old = makeObject("Cabinet=1", kCabinet);
+    old->addAttribute("TransState", "CREATE", "STRING");
+    const std::int32_t tx = m_server->newTransaction();
+    ASSERT_TRUE(m_db->saveFRO(tx, old->getInternalId(), kCabinet, mimOf("Cabinet=1", *old)));
+    ASSERT_TRUE(commit(tx));
+
+    DatabaseFacade next(m_config, *m_server);
+    ASSERT_TRUE(next.init());
+    auto cabinet = makeObject("Cabinet=2", kCabinet);
+    const std::int32_t save = m_server->newTransaction();
+    ASSERT_TRUE(next.saveFRO(save, cabinet->getInternalId(), kCabinet, mimOf("Cabinet=2", *cabinet)));
+    ASSERT_TRUE(commit(save)) << m_server->lastError();
+    std::vector<std::string> names, values, types;
+    ASSERT_TRUE(next.retrieveFroAttributes(old->getInternalId(), kCabinet, names, values, types));
+    EXPECT_EQ(std::count(names.begin(), names.end(), "TransState"), 0);
+    EXPECT_EQ(names.size(), cabinet->attributes().size());
 }
 
 TEST_F(ElibDbFroDatabaseTest, AnObjectThatCouldNotBeReadBackIsNotSaved)

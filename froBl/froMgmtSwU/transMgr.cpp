@@ -478,12 +478,23 @@ bool transMgr::isInTransaction(std::int32_t transactionId, const std::string& mo
 
 std::vector<std::string> transMgr::getDeleted(std::int32_t transactionId) const
 {
+    return listed(transactionId, false);
+}
+
+std::vector<std::string> transMgr::getReplaced(std::int32_t transactionId) const
+{
+    return listed(transactionId, true);
+}
+
+std::vector<std::string> transMgr::listed(std::int32_t transactionId, bool replaced) const
+{
     std::vector<std::string> deleted;
     const auto it = m_transactions.find(transactionId);
     if (it == m_transactions.end())
         return deleted;
     for (const auto& [name, shadow] : it->second) {
-        if (!isState(stateOf(shadow.get()), kDelete))
+        const std::string state = stateOf(shadow.get());
+        if (replaced ? !isState(state, kCreate) || !m_table.exists(name) : !isState(state, kDelete))
             continue;
         const std::string& ldn = name; // clang 14 cannot capture a structured binding
         // In front of an ancestor already listed; names sort parents first.

@@ -55,7 +55,7 @@ bool tableExists(const std::string& dataDir, const std::string& table)
 // ---- the trace ---------------------------------------------------------------
 
 // The texts of the error lines: "[time] node/process group level file:line text".
-std::vector<std::string> errorLines(const std::string& trace)
+std::vector<std::string> errorLines(const std::string& trace, const std::string& ofProcess = "")
 {
     std::vector<std::string> errors;
     std::istringstream lines(trace);
@@ -66,7 +66,7 @@ std::vector<std::string> errorLines(const std::string& trace)
         std::string process, group, level, where, text;
         fields >> process >> group >> level >> where;
         std::getline(fields, text);
-        if (level == "1") errors.push_back(text);
+        if (level == "1" && process.find(ofProcess) != std::string::npos) errors.push_back(text);
     }
     return errors;
 }
@@ -519,8 +519,12 @@ void runsWithoutItsDatabase(NodeProcess& node, const std::string& trace, const s
 {
     ManagementClient manager(node);
     const std::string atStart = readFile(trace);
-    EXPECT_TRUE(hasError(atStart, {database})) << "no error at start names " << database << ":\n"
-                                               << atStart.substr(0, 2000);
+    // Named once by the object process, however often it tried.
+    const auto errors = errorLines(atStart, "support_system_control_thread");
+    EXPECT_EQ(std::count_if(errors.begin(), errors.end(),
+                            [&](const std::string& text) { return text.find(database) != std::string::npos; }),
+              1)
+        << "no single error at start names " << database << ":\n" << atStart.substr(0, 2000);
     const auto absent = manager.get(kCabinet, "Cabinet=1");
     EXPECT_EQ(absent.result, 1u);
     EXPECT_EQ(absent.text, "Fro does not exist in froMgr, returning false for getfRO().");
@@ -627,6 +631,55 @@ TEST(RestoreSystemTest, RowsThatCannotBeReadBackAreTracedAndTheOtherObjectsComeB
     EXPECT_EQ(query(dir, "select count(*) from apc_frodata_Cabinet_INITIAL where froid = 4321"),
               (odbc_query::Rows{{"1"}}));
     EXPECT_EQ(query(dir, "select count(*) from apc_frodata_Gadget_INITIAL"), (odbc_query::Rows{{"1"}}));
+}
+
+// ---- the controllers after a restart ----------------------------------------
+
+// A restored unit gets its device groups again, and a restored alarm port is
+// filtered as before: unlocking it with its input active raises its alarm.
+TEST(RestoreSystemTest, RestoredUnitsGetTheirGroupsAndRestoredPortsRaiseTheirAlarms)
+{
+    constexpr std::uint32_t kAlarmPort = 0x7040003, kDeviceGroup = 0x704000C;
+    constexpr std::uint32_t kSubscribeReq = 0xB0024, kFaultInd = 0xB0070;
+    const std::string unit = "Cabinet=1,HwUnit=SAU1", port = unit + ",AlarmPort=1";
+    NodeProcess first({"--clock", "virtual"});
+    std::uint32_t portId = 0;
+    {
+        ManagementClient manager(first);
+        const std::int32_t tid = manager.begin();
+        ASSERT_EQ(manager.create(tid, kCabinet, mim("Cabinet=1", "")).result, 0u);
+        ASSERT_EQ(manager.create(tid, kHwUnit,
+                                 mim(unit, attr("unitType", "STRING", "SAU") + attr("administrativeState", "S32", "1")))
+                      .result,
+                  0u);
+        const auto made = manager.create(tid, kAlarmPort,
+                                         mim(port, attr("administrativeState", "S32", "0") +
+                                                       attr("activeExternalAlarm", "S32", "1")));
+        ASSERT_EQ(made.result, 0u) << made.text;
+        portId = made.froId;
+        ASSERT_TRUE(manager.commit(tid));
+    }
+    first.stop();
+
+    NodeProcess second(first.dataDir(), {"--clock", "virtual"});
+    ManagementClient manager(second);
+    for (const char* group : {",DeviceGroup=0", ",DeviceGroup=1"}) {
+        const auto back = manager.get(kDeviceGroup, unit + group);
+        EXPECT_EQ(back.result, 0u) << group << ": " << back.text;
+        EXPECT_NE(back.text.find("name=\"parentObjectType\" type=\"STRING\" value=\"SAU\""), std::string::npos)
+            << back.text;
+    }
+    ose::GatewayClient watcher;
+    ASSERT_TRUE(watcher.connect(second.socketPath(), "watcher"));
+    ASSERT_TRUE(watcher.send(manager.service(), word(kSubscribeReq) + word(1) + word(7) + word(kAlarmPort)));
+    const std::int32_t tid = manager.begin();
+    const auto unlocked = manager.set(tid, portId, kAlarmPort, mim(port, attr("administrativeState", "S32", "1")));
+    ASSERT_EQ(unlocked.result, 0u) << unlocked.text;
+    ASSERT_TRUE(manager.commit(tid));
+    const auto fault = nextOf(watcher, kFaultInd);
+    ASSERT_TRUE(fault.has_value()) << "the restored port raised nothing";
+    EXPECT_EQ(wordAt(fault->bytes, 4), portId);
+    EXPECT_EQ(wordAt(fault->bytes, 12), 4097u);
 }
 
 } // namespace

@@ -13,6 +13,8 @@ public:
     struct ActionResult {
         bool success = false;
         std::uint32_t failureCode = 0;
+        // The action answered: an object may have actions of several names
+        // waiting.
         std::string actionName;
         // The action's output.
         std::vector<std::string> names;

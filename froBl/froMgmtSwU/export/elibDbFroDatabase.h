@@ -129,6 +129,8 @@ private:
     void closeCursor(const char* who);
 
     bool setUpSchema();
+
+    bool dropTransStateColumns();
     bool insertVersionRow(std::size_t classIndex);
     TableStatus tableStatus(std::string name);
     bool createTable(const std::string& name, const std::string& columns);
@@ -161,6 +163,8 @@ private:
     VantoTransactionApi& m_transaction;
     SignalDistributorAPI* m_pDistributor; // not owned; may be null
     bool m_firstInit = true;
+    // A whole round of connection attempts failed and none has worked since.
+    bool m_unreachable = false;
     // The driver's words for the last failed statement.
     std::string m_lastDbError;
     std::vector<BufferedType> m_bufferedTypes;

@@ -50,6 +50,9 @@ public:
     bool isInTransaction(std::int32_t transactionId, const std::string& moType);
     // The ldns in state DELETE, each child before its ancestors.
     std::vector<std::string> getDeleted(std::int32_t transactionId) const;
+    // The ldns of real objects that a create in the transaction replaces (a
+    // delete and a create of one ldn), a child before its parent.
+    std::vector<std::string> getReplaced(std::int32_t transactionId) const;
     bool commit(std::int32_t transactionId, std::vector<std::string>& created, std::vector<std::string>& set,
                 std::vector<std::string>& deleted, TransMgrCallbackIf* callback);
     bool rollback(std::int32_t transactionId);
@@ -66,6 +69,7 @@ private:
     };
 
     LdnDict* dictionary(std::int32_t transactionId);
+    std::vector<std::string> listed(std::int32_t transactionId, bool replaced) const;
     bool registerWithPlatform(std::int32_t transactionId);
     Found findInAny(const std::string& ldn) const;
     int newShadow(std::int32_t transactionId, const std::string& ldn, const std::vector<std::string>& names,
