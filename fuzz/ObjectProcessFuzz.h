@@ -34,11 +34,9 @@ inline VantoDbConfig& fuzzDatabase(const char* target = nullptr)
 // objects of earlier inputs would make a finding depend on them.
 inline void emptyFuzzDatabase()
 {
-    const std::string& text = fuzzDatabase().connectionString;
-    const std::size_t from = text.find("Database=");
-    if (from == std::string::npos) return;
-    const std::size_t start = from + std::string("Database=").size();
-    std::filesystem::remove(text.substr(start, text.find(';', start) - start));
+    VantoDbHandles handles;
+    handles.config = fuzzDatabase();
+    std::filesystem::remove(VantoDb_databaseName(handles));
 }
 
 inline ose::PROCESS startFuzzProcess(ose::World& world, ose::Node& node, const char* name, std::function<void()> entry)

@@ -52,9 +52,9 @@ bool allocate(VantoDbHandles& h)
 // source, never the rest (which may hold a password).
 std::string databaseNameOf(const std::string& connectionString)
 {
+    std::string lower(connectionString);
+    for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     for (const char* key : {"database=", "dsn="}) {
-        std::string lower(connectionString);
-        for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
         std::size_t at = lower.find(key);
         while (at != std::string::npos && at != 0 && lower[at - 1] != ';') at = lower.find(key, at + 1);
         if (at == std::string::npos) continue;

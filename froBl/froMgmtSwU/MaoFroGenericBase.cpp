@@ -122,13 +122,15 @@ namespace {
 bool withoutTransState(std::vector<std::string>& names, std::vector<std::string>& values,
                        std::vector<std::string>& types)
 {
+    if (names.size() != values.size() || names.size() != types.size()) return false;
     for (std::size_t i = names.size(); i-- > 0;)
-        if (names[i] == "TransState" && i < values.size() && i < types.size()) {
-            names.erase(names.begin() + static_cast<std::ptrdiff_t>(i));
-            values.erase(values.begin() + static_cast<std::ptrdiff_t>(i));
-            types.erase(types.begin() + static_cast<std::ptrdiff_t>(i));
+        if (names[i] == transMgr::kTransState) {
+            const auto at = static_cast<std::ptrdiff_t>(i);
+            names.erase(names.begin() + at);
+            values.erase(values.begin() + at);
+            types.erase(types.begin() + at);
         }
-    return names.size() == values.size() && names.size() == types.size();
+    return true;
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "froBl/froMgmtSwU/export/froTrace.h"
 #include "froBl/froMgmtSwU/export/froTypes.h"
 #include "froBl/froMgmtSwU/export/ldn.h"
+#include "froBl/froMgmtSwU/export/transMgr.h"
 
 using namespace fro_trace;
 
@@ -85,11 +86,11 @@ bool RestoreHandlerGenericBase::applyAttributes(fRO& fro, const std::vector<std:
     if (values.size() != names.size() || types.size() != names.size())
         return false;
     // A stored attribute that the class defaults do not have is kept, with
-    // its stored type.
-    // The transaction state of the shadow that stored the object is not the
-    // object's (rows written before it was left out carry it).
+    // its stored type; the transaction state of the shadow that stored the
+    // object is not the object's (rows written before it was left out carry
+    // it).
     for (std::size_t i = 0; i < names.size(); ++i)
-        if (names[i] != "TransState" && !fro.setAttribute(names[i], values[i]))
+        if (names[i] != transMgr::kTransState && !fro.setAttribute(names[i], values[i]))
             fro.addAttribute(names[i], values[i], types[i]);
     return true;
 }
